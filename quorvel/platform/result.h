@@ -1,0 +1,34 @@
+#pragma once
+
+#include <utility>
+#include <variant>
+
+#include "quorvel/platform/error.h"
+
+namespace quorvel::platform {
+
+// A value or the error that prevented it (std::expected arrives with C++23).
+template <class T>
+class Result {
+ public:
+  Result(T value) : state_(std::in_place_index<0>, std::move(value)) {}  // NOLINT: implicit
+  Result(Error error) : state_(std::in_place_index<1>, std::move(error)) {}  // NOLINT: implicit
+
+  bool ok() const { return state_.index() == 0; }
+  explicit operator bool() const { return ok(); }
+
+  T& value() & { return std::get<0>(state_); }
+  const T& value() const& { return std::get<0>(state_); }
+  T&& value() && { return std::get<0>(std::move(state_)); }
+  const Error& error() const { return std::get<1>(state_); }
+
+  T* operator->() { return &value(); }
+  const T* operator->() const { return &value(); }
+  T& operator*() & { return value(); }
+  const T& operator*() const& { return value(); }
+
+ private:
+  std::variant<T, Error> state_;
+};
+
+}  // namespace quorvel::platform

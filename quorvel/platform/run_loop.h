@@ -1,0 +1,56 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+#include "quorvel/platform/main_queue.h"
+
+namespace quorvel::platform {
+
+// A main queue that the host pumps from its main thread. Whichever thread
+// pumps it is the main thread while it does so. Tasks run in the order they
+// were posted; a task posted while the loop runs is run in the same pump.
+class RunLoop final : public MainQueue {
+ public:
+  RunLoop() = default;
+  // Tasks still queued are destroyed without being run.
+  ~RunLoop() override;
+
+  void post(Task task) override;
+  bool isCurrent() const override;
+
+  // Runs tasks until stop() is called.
+  void run();
+  // Runs tasks for `duration`, waiting for new ones when the queue is empty.
+  // Returns the number of tasks run.
+  std::size_t runFor(std::chrono::milliseconds duration);
+  // Runs tasks until `done()` is true (checked before waiting and after every
+  // task) or `timeout` has passed. Returns the final value of `done()`.
+  bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
+  // Runs the tasks that are queued now (and those they post), without waiting.
+  std::size_t runPending();
+  // Makes the current (or, if none is running, the next) run, runFor or
+  // runUntil return after the task in progress. Safe from any thread.
+  void stop();
+
+  std::size_t pendingCount() const;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  // Runs tasks until `done`, the deadline or stop(); returns tasks run.
+  std::size_t pump(const std::function<bool()>& done, Clock::time_point deadline, bool wait);
+
+  mutable std::mutex mutex_;
+  std::condition_variable wake_;
+  std::deque<Task> tasks_;
+  bool stopRequested_ = false;
+  std::atomic<std::thread::id> pumpingThread_{};
+};
+
+}  // namespace quorvel::platform
