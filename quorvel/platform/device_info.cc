@@ -1,11 +1,11 @@
 #include "quorvel/platform/device_info.h"
 
-#include <sys/utsname.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <mutex>
 #include <sstream>
+
+#include <sys/utsname.h>
 
 namespace quorvel::platform {
 namespace {

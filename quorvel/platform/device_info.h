@@ -10,8 +10,8 @@ namespace quorvel::platform {
 // identifier, the user's preferred languages. Read from the running system;
 // tests replace them with setOverride().
 struct DeviceFacts {
-  std::string osVersion;                    // e.g. "6.1.0-18-amd64"
-  std::string machine;                      // e.g. "x86_64"
+  std::string osVersion;                        // e.g. "6.1.0-18-amd64"
+  std::string machine;                          // e.g. "x86_64"
   std::vector<std::string> preferredLanguages;  // BCP-47, most preferred first
 };
 

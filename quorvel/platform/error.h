@@ -1,7 +1,8 @@
 #pragma once
 
-#include <boost/json/object.hpp>
 #include <string>
+
+#include <boost/json/object.hpp>
 
 namespace quorvel::platform {
 

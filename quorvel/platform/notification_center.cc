@@ -22,7 +22,9 @@ NotificationCenter::Registration& NotificationCenter::Registration::operator=(
   return *this;
 }
 
-NotificationCenter::Registration::~Registration() { reset(); }
+NotificationCenter::Registration::~Registration() {
+  reset();
+}
 
 void NotificationCenter::Registration::reset() {
   if (center_ != nullptr && token_ != 0) center_->removeObserver(token_);
@@ -37,8 +39,7 @@ NotificationCenter& NotificationCenter::defaultCenter() {
 }
 
 NotificationCenter::Token NotificationCenter::addObserver(std::optional<std::string> name,
-                                                          const void* sender,
-                                                          Observer observer) {
+                                                          const void* sender, Observer observer) {
   auto entry = std::make_shared<Entry>();
   entry->name = std::move(name);
   entry->sender = sender;

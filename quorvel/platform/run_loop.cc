@@ -20,9 +20,13 @@ void RunLoop::post(Task task) {
   wake_.notify_one();
 }
 
-bool RunLoop::isCurrent() const { return pumpingThread_.load() == std::this_thread::get_id(); }
+bool RunLoop::isCurrent() const {
+  return pumpingThread_.load() == std::this_thread::get_id();
+}
 
-void RunLoop::run() { pump([] { return false; }, Clock::time_point::max(), true); }
+void RunLoop::run() {
+  pump([] { return false; }, Clock::time_point::max(), true);
+}
 
 std::size_t RunLoop::runFor(std::chrono::milliseconds duration) {
   return pump([] { return false; }, Clock::now() + duration, true);
@@ -33,7 +37,9 @@ bool RunLoop::runUntil(const std::function<bool()>& done, std::chrono::milliseco
   return done();
 }
 
-std::size_t RunLoop::runPending() { return pump([] { return false; }, Clock::now(), false); }
+std::size_t RunLoop::runPending() {
+  return pump([] { return false; }, Clock::now(), false);
+}
 
 void RunLoop::stop() {
   {

@@ -1,12 +1,12 @@
 #include "quorvel/platform/serial_thread_queue.h"
 
-#include <pthread.h>
-
 #include <condition_variable>
 #include <deque>
 #include <future>
 #include <mutex>
 #include <thread>
+
+#include <pthread.h>
 
 namespace quorvel::platform {
 
@@ -38,13 +38,14 @@ struct SerialThreadQueue::State {
 SerialThreadQueue::SerialThreadQueue(std::string name) : state_(std::make_shared<State>()) {
   std::promise<void> started;
   auto ready = started.get_future();
-  state_->thread = std::thread([state = state_, name = std::move(name), started = std::move(started)]() mutable {
-    // Thread names are limited to 15 characters by the kernel.
-    pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
-    state->threadId = std::this_thread::get_id();
-    started.set_value();
-    State::loop(state);
-  });
+  state_->thread =
+      std::thread([state = state_, name = std::move(name), started = std::move(started)]() mutable {
+        // Thread names are limited to 15 characters by the kernel.
+        pthread_setname_np(pthread_self(), name.substr(0, 15).c_str());
+        state->threadId = std::this_thread::get_id();
+        started.set_value();
+        State::loop(state);
+      });
   ready.wait();
 }
 
@@ -70,7 +71,9 @@ void SerialThreadQueue::post(Task task) {
   state_->wake.notify_one();
 }
 
-bool SerialThreadQueue::isCurrent() const { return state_->threadId == std::this_thread::get_id(); }
+bool SerialThreadQueue::isCurrent() const {
+  return state_->threadId == std::this_thread::get_id();
+}
 
 void SerialThreadQueue::drain() {
   if (isCurrent()) return;

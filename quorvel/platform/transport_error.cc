@@ -4,20 +4,28 @@ namespace quorvel::platform {
 
 std::string TransportError::describe(TransportErrorCode code) {
   switch (code) {
-    case TransportErrorCode::kCancelled: return "cancelled";
-    case TransportErrorCode::kTimedOut: return "The request timed out.";
+    case TransportErrorCode::kCancelled:
+      return "cancelled";
+    case TransportErrorCode::kTimedOut:
+      return "The request timed out.";
     case TransportErrorCode::kCannotFindHost:
       return "A server with the specified hostname could not be found.";
-    case TransportErrorCode::kCannotConnectToHost: return "Could not connect to the server.";
-    case TransportErrorCode::kNetworkConnectionLost: return "The network connection was lost.";
+    case TransportErrorCode::kCannotConnectToHost:
+      return "Could not connect to the server.";
+    case TransportErrorCode::kNetworkConnectionLost:
+      return "The network connection was lost.";
     case TransportErrorCode::kNotConnectedToInternet:
       return "The Internet connection appears to be offline.";
-    case TransportErrorCode::kDataLengthExceedsMaximum: return "The resource exceeds the maximum size.";
+    case TransportErrorCode::kDataLengthExceedsMaximum:
+      return "The resource exceeds the maximum size.";
     case TransportErrorCode::kSecureConnectionFailed:
       return "An SSL error has occurred and a secure connection to the server cannot be made.";
-    case TransportErrorCode::kBadURL: return "unsupported URL";
-    case TransportErrorCode::kBadServerResponse: return "The server response was not understood.";
-    case TransportErrorCode::kUnknown: break;
+    case TransportErrorCode::kBadURL:
+      return "unsupported URL";
+    case TransportErrorCode::kBadServerResponse:
+      return "The server response was not understood.";
+    case TransportErrorCode::kUnknown:
+      break;
   }
   return "An unknown network error occurred.";
 }

@@ -1,0 +1,29 @@
+#include "quorvel/platform/device_info.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvel::platform {
+namespace {
+
+TEST(DeviceInfoTest, PosixLocaleNamesBecomeLanguageTags) {
+  const std::pair<const char*, std::optional<std::string>> cases[] = {
+      {"de_CH.UTF-8", "de-CH"},  {"en_US", "en-US"},  {"fr", "fr"},
+      {"sr_RS@latin", "sr-RS"},  {"C", std::nullopt}, {"POSIX", std::nullopt},
+      {"C.UTF-8", std::nullopt}, {"", std::nullopt},
+  };
+  for (const auto& [posix, tag] : cases) EXPECT_EQ(DeviceInfo::languageTag(posix), tag) << posix;
+}
+
+TEST(DeviceInfoTest, OverrideReplacesTheSystemFactsUntilCleared) {
+  const auto system = DeviceInfo::current();
+  EXPECT_FALSE(system.preferredLanguages.empty());
+  EXPECT_FALSE(system.machine.empty());
+  DeviceInfo::setOverride(DeviceFacts{"16.4", "iPhone14,2", {"de-CH", "en"}});
+  EXPECT_EQ(DeviceInfo::machine(), "iPhone14,2");
+  EXPECT_EQ(DeviceInfo::preferredLanguages().front(), "de-CH");
+  DeviceInfo::setOverride(std::nullopt);
+  EXPECT_EQ(DeviceInfo::machine(), system.machine);
+}
+
+}  // namespace
+}  // namespace quorvel::platform
