@@ -24,8 +24,8 @@ install(FILES
   ${PROJECT_BINARY_DIR}/VelmaroConfigVersion.cmake
   DESTINATION ${VELMARO_CMAKE_DIR})
 
-# pkg-config: the libraries are static by default, so their own dependencies
-# are listed as private requirements (pkg-config --static --libs velmaro).
+# pkg-config: the libraries are static by default, so the libraries they link
+# against are plain requirements (pkg-config --libs velmaro gives them all).
 list(REVERSE _velmaro_targets)
 set(VELMARO_PC_LIBS "")
 foreach(_t IN LISTS _velmaro_targets)
