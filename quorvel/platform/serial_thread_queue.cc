@@ -64,11 +64,14 @@ SerialThreadQueue::~SerialThreadQueue() {
 
 void SerialThreadQueue::post(Task task) {
   if (!task) return;
+  // The task may release the last reference to this queue as soon as it is
+  // queued, so keep the state alive until the notification is sent.
+  const auto state = state_;
   {
-    std::lock_guard lock(state_->mutex);
-    state_->tasks.push_back(std::move(task));
+    std::lock_guard lock(state->mutex);
+    state->tasks.push_back(std::move(task));
   }
-  state_->wake.notify_one();
+  state->wake.notify_one();
 }
 
 bool SerialThreadQueue::isCurrent() const {
