@@ -32,3 +32,14 @@ class Result {
 };
 
 }  // namespace quorvel::platform
+
+// Evaluates `expr` (a Result); on error returns the error from the enclosing
+// function, otherwise moves the value into `lhs`.
+#define QUORVEL_CONCAT_INNER(a, b) a##b
+#define QUORVEL_CONCAT(a, b) QUORVEL_CONCAT_INNER(a, b)
+#define QUORVEL_ASSIGN_OR_RETURN(lhs, expr) \
+  QUORVEL_ASSIGN_OR_RETURN_IMPL(QUORVEL_CONCAT(quorvel_result_, __LINE__), lhs, expr)
+#define QUORVEL_ASSIGN_OR_RETURN_IMPL(tmp, lhs, expr) \
+  auto tmp = (expr);                                  \
+  if (!tmp.ok()) return tmp.error();                  \
+  lhs = std::move(tmp).value()
