@@ -1,0 +1,88 @@
+#include "quorvel/platform/regex.h"
+
+#include <gtest/gtest.h>
+
+namespace quorvel::platform {
+namespace {
+
+Regex compiled(std::string_view pattern, RegexOptions options = {}) {
+  auto regex = Regex::compile(pattern, options);
+  EXPECT_TRUE(regex.ok()) << pattern;
+  return std::move(regex).value();
+}
+
+TEST(RegexTest, CompileFailureCarriesTheEngineMessage) {
+  auto regex = Regex::compile("a{2");
+  ASSERT_FALSE(regex.ok());
+  EXPECT_EQ(regex.error().domain, "quorvel.regex");
+  EXPECT_EQ(regex.error().code, Regex::kInvalidPattern);
+  EXPECT_NE(regex.error().localizedDescription().find("U_REGEX_"), std::string::npos)
+      << regex.error().localizedDescription();
+}
+
+TEST(RegexTest, AnchoredSearchMatchesOnlyAtTheRangeStart) {
+  // The quantifier test of the ticket-form pattern cleaner: a count must start
+  // exactly where the range starts.
+  const auto count = compiled(R"(\{\d{1,},?\d*\})", {.dotMatchesLineSeparators = true});
+  const std::u16string text = u"a{3}b{x}{3,10}";
+  const struct {
+    Range range;
+    bool anchored;
+    std::optional<Range> match;
+  } cases[] = {
+      {{1, 3}, true, Range{1, 3}},   // "{3}"
+      {{0, 4}, true, std::nullopt},  // starts at 'a'
+      {{0, 4}, false, Range{1, 3}},  // found later when not anchored
+      {{5, 9}, true, std::nullopt},  // "{x}" first; "{3,10}" later does not count
+      {{5, 9}, false, Range{8, 6}},   {{8, 6}, true, Range{8, 6}},
+      {{8, 5}, true, std::nullopt},    // the range cuts the closing brace off
+      {{14, 0}, false, std::nullopt},  // empty range at the end
+  };
+  for (const auto& c : cases) {
+    auto match = count.firstMatch(text, c.range, c.anchored);
+    ASSERT_TRUE(match.ok()) << c.range.location;
+    EXPECT_EQ(*match, c.match) << c.range.location << "+" << c.range.length << " " << c.anchored;
+  }
+}
+
+TEST(RegexTest, PositionsAreUtf16Units) {
+  const auto regex = compiled("b");
+  // "😀" is two UTF-16 units, "é" one.
+  auto match = regex.firstMatch(std::string_view("😀éb"));
+  ASSERT_TRUE(match.ok());
+  EXPECT_EQ(*match, (Range{3, 1}));
+}
+
+TEST(RegexTest, DotMatchesLineSeparatorsOnlyWhenAsked) {
+  const std::string text = "a\nb";
+  EXPECT_EQ(*compiled("a.b").numberOfMatches(text), 0u);
+  EXPECT_EQ(*compiled("a.b", {.dotMatchesLineSeparators = true}).numberOfMatches(text), 1u);
+}
+
+TEST(RegexTest, MatchTextsInOrderOfAppearance) {
+  const auto images = compiled("<img[^>]+>");
+  auto texts = images.matchTexts(std::string_view(R"(x<img src="a">y<IMG src="b"><img src="é">)"));
+  ASSERT_TRUE(texts.ok());
+  EXPECT_EQ(*texts, (std::vector<std::string>{R"(<img src="a">)", R"(<img src="é">)"}));
+  EXPECT_EQ(*images.numberOfMatches(std::string_view("no images")), 0u);
+}
+
+TEST(RegexTest, RangeOutsideTheTextIsAnError) {
+  auto match = compiled("a").firstMatch(std::u16string_view(u"abc"), Range{2, 5});
+  ASSERT_FALSE(match.ok());
+  EXPECT_EQ(match.error().code, Regex::kRangeOutOfBounds);
+}
+
+TEST(RegexTest, CatastrophicPatternStopsWithAnError) {
+  const auto regex = compiled("(a+)+$", {.timeLimit = std::chrono::milliseconds(20)});
+  const std::string text = std::string(64, 'a') + "b";
+  auto match = regex.firstMatch(text);
+  ASSERT_FALSE(match.ok());
+  EXPECT_EQ(match.error().domain, "quorvel.regex");
+  EXPECT_EQ(match.error().code, Regex::kTimedOut);
+  auto count = regex.numberOfMatches(text);
+  ASSERT_FALSE(count.ok());
+}
+
+}  // namespace
+}  // namespace quorvel::platform
