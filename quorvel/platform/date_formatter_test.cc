@@ -104,10 +104,7 @@ TEST(DurationFormatterTest, MinutesAndSecondsPositional) {
     seconds duration;
     const char* text;
   } cases[] = {
-      {59min + 58s, "59:58"},
-      {5s, "0:05"},
-      {0s, "0:00"},
-      {125min + 7s, "125:07"},
+      {59min + 58s, "59:58"}, {5s, "0:05"}, {0s, "0:00"}, {125min + 7s, "125:07"}, {-65s, "-1:05"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(DurationFormatter::formatMinutesSeconds(c.duration, "en-US"), c.text);

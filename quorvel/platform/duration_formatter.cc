@@ -1,7 +1,6 @@
 #include "quorvel/platform/duration_formatter.h"
 
 #include <array>
-#include <cstdlib>
 
 #include <unicode/fieldpos.h>
 #include <unicode/locid.h>
@@ -18,9 +17,11 @@ std::string DurationFormatter::formatMinutesSeconds(std::chrono::seconds duratio
       localeTag.empty() ? icu::Locale::getDefault()
                         : icu::Locale::forLanguageTag(
                               icu::StringPiece(localeTag.data(), localeTag.size()), status);
+  // ICU would put a sign on each measure; a negative duration gets one in front.
+  if (duration.count() < 0) return "-" + formatMinutesSeconds(-duration, localeTag);
   const auto total = duration.count();
   const auto minutes = total / 60;
-  const auto seconds = std::llabs(total % 60);
+  const auto seconds = total % 60;
   // The numeric width writes the measures as a clock would ("59:58"); ICU
   // owns the units, so they are created first and adopted by the measures.
   std::array<icu::Measure, 2> measures = {

@@ -10,8 +10,8 @@ namespace quorvel::platform {
 class DurationFormatter {
  public:
   // Minutes and seconds in positional style, "59:58" or "125:07" (minutes are
-  // not carried into hours). `localeTag` picks the digits and separator; empty
-  // means the current (ICU default) locale.
+  // not carried into hours; a negative duration is "-1:05"). `localeTag` picks the digits and
+  // separator; empty means the current (ICU default) locale.
   static std::string formatMinutesSeconds(std::chrono::seconds duration,
                                           std::string_view localeTag = "");
 };
