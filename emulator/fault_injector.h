@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include <boost/json/object.hpp>
+
+namespace qvk::emulator {
+
+// One scripted misbehaviour, applied to the next `remaining` requests whose
+// path starts with `pathPrefix` (every service path when empty).
+struct Fault {
+  std::int64_t id = 0;
+  int remaining = 1;
+  std::string pathPrefix;
+  int status = 0;          // 0: answer normally (after the delay)
+  int delayMs = 0;         // waited before anything else
+  bool drop = false;       // close the connection without a complete answer
+  bool malformed = false;  // a 200 whose JSON body is cut off
+};
+
+// The faults the scenario controls queued. The first queued fault that
+// matches a request applies to it; a used-up fault is removed.
+class FaultInjector {
+ public:
+  // Parses {"count", "status", "delay_ms", "drop", "malformed", "path_prefix"};
+  // answers an error text, or "" and the stored fault in `added`.
+  std::string add(const boost::json::object& spec, Fault& added);
+  std::optional<Fault> take(const std::string& path);
+  void reset();
+  boost::json::array list() const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::deque<Fault> faults_;
+  std::int64_t nextId_ = 1;
+};
+
+boost::json::object toJson(const Fault& fault);
+
+}  // namespace qvk::emulator
