@@ -1,5 +1,7 @@
 #include "quorvel/platform/regex.h"
 
+#include <thread>
+
 #include <gtest/gtest.h>
 
 namespace quorvel::platform {
@@ -82,6 +84,20 @@ TEST(RegexTest, CatastrophicPatternStopsWithAnError) {
   EXPECT_EQ(match.error().code, Regex::kTimedOut);
   auto count = regex.numberOfMatches(text);
   ASSERT_FALSE(count.ok());
+}
+
+TEST(RegexTest, OneCompiledPatternServesSeveralThreads) {
+  const auto words = compiled(R"(\w+)");
+  const std::string text = "one two three four";
+  std::vector<size_t> counts(4, 0);
+  std::vector<std::thread> threads;
+  for (size_t t = 0; t < counts.size(); ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < 200; ++i) counts[t] += *words.numberOfMatches(text);
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  for (size_t count : counts) EXPECT_EQ(count, 800u);
 }
 
 }  // namespace
