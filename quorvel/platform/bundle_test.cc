@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 
 std::string infoPlist(const std::string& identifier, const std::string& extraEntries = "") {
   return R"(<?xml version="1.0" encoding="UTF-8"?>
-<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
 <plist version="1.0"><dict>
   <key>CFBundleIdentifier</key><string>)" +
          identifier + "</string>\n" + extraEntries + "</dict></plist>\n";
