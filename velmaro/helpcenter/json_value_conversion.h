@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <boost/json/object.hpp>
+#include <boost/json/value.hpp>
+
+namespace velmaro {
+
+// How Help Center records read the values under their keys. Nothing here
+// fails: a missing key or a value of another type gives an absent value, or
+// 0 / false for the integer and boolean conversions, which read numbers,
+// booleans and numeric text the way a phone platform's integer-value and
+// boolean-value conversions do.
+class JsonValueConversion {
+ public:
+  static std::optional<std::string> string(const boost::json::object& json, std::string_view key);
+  // A JSON number kept as a 64-bit number (fractions truncated).
+  static std::optional<std::int64_t> number(const boost::json::object& json, std::string_view key);
+  static std::int64_t integerValue(const boost::json::object& json, std::string_view key);
+  static std::uint64_t unsignedValue(const boost::json::object& json, std::string_view key);
+  static bool boolValue(const boost::json::object& json, std::string_view key);
+  // The string elements of an array; other elements are skipped.
+  static std::optional<std::vector<std::string>> stringArray(const boost::json::object& json,
+                                                             std::string_view key);
+  // The decimal text of a number; a string stays as it is.
+  static std::optional<std::string> numberText(const boost::json::object& json,
+                                               std::string_view key);
+
+  static std::optional<std::int64_t> number(const boost::json::value* value);
+  static std::int64_t integerValue(const boost::json::value* value);
+  static bool boolValue(const boost::json::value* value);
+  static std::optional<std::string> numberText(const boost::json::value* value);
+
+  // The array under `key`, or null when it is missing or not an array.
+  static const boost::json::array* array(const boost::json::object& json, std::string_view key);
+};
+
+}  // namespace velmaro

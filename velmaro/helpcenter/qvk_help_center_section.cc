@@ -1,0 +1,40 @@
+#include "velmaro/helpcenter/qvk_help_center_section.h"
+
+#include "velmaro/helpcenter/json_value_conversion.h"
+
+namespace velmaro {
+
+using J = JsonValueConversion;
+
+QVKHelpCenterSection QVKHelpCenterSection::parseSection(const boost::json::object& json) {
+  QVKHelpCenterSection section;
+  section.identifier = J::number(json, "id");
+  section.category_id = J::number(json, "category_id");
+  section.name = J::string(json, "name");
+  section.sectionDescription = J::string(json, "description");
+  section.position = J::integerValue(json, "position");
+  section.outdated = J::boolValue(json, "outdated");
+  section.locale = J::string(json, "locale");
+  section.sourceLocale = J::string(json, "source_locale");
+  section.url = J::string(json, "url");
+  section.html_url = J::string(json, "html_url");
+  section.sorting = J::string(json, "sorting");
+  section.createdAt = J::string(json, "created_at");
+  section.updatedAt = J::string(json, "updated_at");
+  return section;
+}
+
+std::vector<QVKHelpCenterSection> QVKHelpCenterSection::parseSections(
+    const boost::json::object& json) {
+  std::vector<QVKHelpCenterSection> sections;
+  const auto* elements = J::array(json, "sections");
+  if (elements == nullptr) return sections;
+  sections.reserve(elements->size());
+  static const boost::json::object kEmpty;
+  for (const auto& element : *elements) {
+    sections.push_back(parseSection(element.is_object() ? element.get_object() : kEmpty));
+  }
+  return sections;
+}
+
+}  // namespace velmaro
