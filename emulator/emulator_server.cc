@@ -162,8 +162,10 @@ void EmulatorServer::installHandlers() {
       // The length header was already worked out for the body; a 304 has none.
       res.status = 304;
       res.body.clear();
-      res.headers.erase("Content-Length");
       res.headers.erase("Content-Type");
+      res.headers.erase("Content-Length");
+      // Some clients read a body up to the close without it.
+      res.set_header("Content-Length", "0");
     }
   });
   server.set_error_handler(httplib::Server::HandlerWithResponse([](const Request&, Response& res) {

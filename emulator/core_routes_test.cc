@@ -1,0 +1,183 @@
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "emulator/emulator_test_support.h"
+
+namespace qvk::emulator::testing {
+namespace {
+
+struct ExchangeCase {
+  const char* name;
+  const char* path;
+  std::string body;
+  int status;
+};
+
+class TokenExchange : public EmulatorTest, public ::testing::WithParamInterface<ExchangeCase> {};
+
+TEST_P(TokenExchange, Answers) {
+  const auto& c = GetParam();
+  auto a = post(c.path, c.body);
+  EXPECT_EQ(a.status, c.status) << a.body;
+  if (c.status == 201) {
+    EXPECT_GE(at(a.json, "access_token").as_string().size(), 20u);
+  } else {
+    EXPECT_TRUE(a.has("error"));
+  }
+}
+
+// {"email":"x@example.com"} and {"name":"No Mail"} as base64url payloads.
+const std::string kJwtWithEmail = "eyJhbGciOiJub25lIn0.eyJlbWFpbCI6InhAZXhhbXBsZS5jb20ifQ.c2ln";
+const std::string kJwtWithoutEmail = "eyJhbGciOiJub25lIn0.eyJuYW1lIjoiTm8gTWFpbCJ9.c2ln";
+
+INSTANTIATE_TEST_SUITE_P(
+    Bodies, TokenExchange,
+    ::testing::Values(
+        ExchangeCase{"anonymous", "/api/mobile/sdk/access/anonymous.json",
+                     R"({"identity":{"guid":"g-1","name":null,"email":null}})", 201},
+        ExchangeCase{"anonymous_without_guid", "/api/mobile/sdk/access/anonymous.json",
+                     R"({"identity":{"name":"x"}})", 422},
+        ExchangeCase{"demo_jwt", "/api/mobile/sdk/access/jwt.json",
+                     R"({"identity":{"jwt":")" + std::string(kDemoJwt) + R"("}})", 201},
+        ExchangeCase{"other_jwt", "/api/mobile/sdk/access/jwt.json",
+                     R"({"identity":{"jwt":")" + kJwtWithEmail + R"("}})", 201},
+        ExchangeCase{"jwt_without_email", "/api/mobile/sdk/access/jwt.json",
+                     R"({"identity":{"jwt":")" + kJwtWithoutEmail + R"("}})", 401},
+        ExchangeCase{"jwt_two_parts", "/api/mobile/sdk/access/jwt.json",
+                     R"({"identity":{"jwt":"abc.def"}})", 401},
+        ExchangeCase{"jwt_missing", "/api/mobile/sdk/access/jwt.json", R"({"identity":{}})", 422}),
+    CaseName());
+
+using Core = EmulatorTest;
+
+TEST_F(Core, NewJwtUserHasNoRequests) {
+  auto token = tokenFrom(post("/api/mobile/sdk/access/jwt.json",
+                              R"({"identity":{"jwt":")" + kJwtWithEmail + R"("}})"));
+  auto a = get("/api/mobile/requests.json?status=new,open", token);
+  EXPECT_EQ(a.status, 200);
+  EXPECT_EQ(sizeOf(at(a.json, "requests")), 0u);
+}
+
+TEST_F(Core, SettingsDocumentFollowsTheSwitches) {
+  auto a = get("/api/mobile/sdk/settings/any-app-id.json");
+  ASSERT_EQ(a.status, 200);
+  EXPECT_EQ(at(a.json, "support", "conversations", "enabled"), true);
+  EXPECT_EQ(at(a.json, "support", "system_message"), "");
+  EXPECT_EQ(at(a.json, "help_center", "locale"), "en-us");
+  EXPECT_EQ(at(a.json, "help_center", "help_center_article_voting_enabled"), true);
+
+  auto changed = put("/_emulator/settings",
+                     R"({"conversations":false,"contact_us_tags":["x","y"],"hc_locale":"de"})");
+  ASSERT_EQ(changed.status, 200) << changed.body;
+  a = get("/api/mobile/sdk/settings/any-app-id.json");
+  EXPECT_EQ(at(a.json, "support", "conversations", "enabled"), false);
+  EXPECT_EQ(at(a.json, "support", "contact_us", "tags", 1), "y");
+  EXPECT_EQ(at(a.json, "help_center", "locale"), "de");
+  EXPECT_EQ(put("/_emulator/settings", R"({"voting":"yes"})").status, 422);
+  EXPECT_EQ(put("/_emulator/settings", R"({"nonsense":true})").status, 422);
+}
+
+class SettingsFromOptions : public EmulatorTest {
+  void tune(EmulatorOptions& o) override {
+    o.ticketForms = false;
+    o.voting = false;
+    o.contactUsTags = {"app", "mobile"};
+    o.helpCenterLocale = "de";
+  }
+};
+
+TEST_F(SettingsFromOptions, CommandLineSwitchesReachTheDocument) {
+  auto a = get("/api/mobile/sdk/settings/app.json");
+  EXPECT_EQ(at(a.json, "support", "ticket_forms", "available"), false);
+  EXPECT_EQ(at(a.json, "help_center", "help_center_article_voting_enabled"), false);
+  EXPECT_EQ(at(a.json, "support", "contact_us", "tags", 0), "app");
+  EXPECT_EQ(at(a.json, "help_center", "locale"), "de");
+}
+
+TEST_F(Core, BlipsAreStoredAsReceived) {
+  const std::string batch =
+      R"({"blips":[{"group":"pathfinder","type":"user_action","action":"search","value":{"query":"pay"}},)"
+      R"({"group":"behavioural","type":"page_view","pageId":42}]})";
+  EXPECT_EQ(post("/api/mobile/sdk/blips.json", batch).status, 202);
+  EXPECT_EQ(post("/api/mobile/sdk/blips.json", R"({"blips":{}})").status, 422);
+  auto list = get("/_emulator/blips");
+  ASSERT_EQ(sizeOf(at(list.json, "blips")), 2u);
+  EXPECT_EQ(at(list.json, "blips", 0, "value", "query"), "pay");
+  EXPECT_EQ(at(list.json, "blips", 1, "pageId"), 42);
+  EXPECT_EQ(del("/_emulator/blips").status, 204);
+  EXPECT_EQ(sizeOf(at(get("/_emulator/blips").json, "blips")), 0u);
+}
+
+TEST_F(Core, UnknownPathsAnswerJsonNotFound) {
+  auto a = get("/api/v2/nothing/here.json");
+  EXPECT_EQ(a.status, 404);
+  EXPECT_EQ(at(a.json, "error"), "InvalidEndpoint");
+}
+
+struct FaultCase {
+  const char* name;
+  std::string fault;
+  int status;  // 0: the connection drops
+  bool json;   // the body parses as JSON
+};
+
+class Faults : public EmulatorTest, public ::testing::WithParamInterface<FaultCase> {};
+
+TEST_P(Faults, ApplyToTheNextRequestsOnly) {
+  const auto& c = GetParam();
+  const std::string path = "/api/mobile/sdk/settings/app.json";
+  ASSERT_EQ(post("/_emulator/faults", c.fault).status, 201);
+  auto hit = get(path);
+  EXPECT_EQ(hit.status, c.status) << hit.body;
+  EXPECT_EQ(!hit.json.is_null(), c.json) << hit.body;
+  if (c.status == 0) client_ = std::make_unique<httplib::Client>("127.0.0.1", server_->port());
+  auto next = get(path);
+  EXPECT_EQ(next.status, 200);
+  EXPECT_TRUE(next.json.is_object());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, Faults,
+    ::testing::Values(FaultCase{"status", R"({"count":1,"status":503})", 503, true},
+                      FaultCase{"malformed", R"({"malformed":true})", 200, false},
+                      FaultCase{"drop", R"({"drop":true})", 0, false},
+                      FaultCase{"delay", R"({"delay_ms":50})", 200, true}),
+    CaseName());
+
+TEST_F(Core, FaultsCountAndFollowThePathPrefix) {
+  ASSERT_EQ(
+      post("/_emulator/faults", R"({"count":2,"status":500,"path_prefix":"/api/mobile/requests"})")
+          .status,
+      201);
+  EXPECT_EQ(get("/api/mobile/sdk/settings/app.json").status, 200);
+  EXPECT_EQ(get("/api/mobile/requests.json").status, 500);
+  // Scenario controls never see faults.
+  EXPECT_EQ(sizeOf(at(get("/_emulator/faults").json, "faults")), 1u);
+  EXPECT_EQ(get("/api/mobile/requests.json").status, 500);
+  EXPECT_EQ(get("/api/mobile/requests.json").status, 401);
+
+  post("/_emulator/faults", R"({"count":5,"status":502})");
+  EXPECT_EQ(del("/_emulator/faults").status, 204);
+  EXPECT_EQ(get("/api/mobile/sdk/settings/app.json").status, 200);
+  EXPECT_EQ(post("/_emulator/faults", R"({"count":1})").status, 422);
+}
+
+TEST_F(Core, DemoIdentityIsPublished) {
+  auto a = get("/_emulator/demo_identity");
+  EXPECT_EQ(at(a.json, "jwt"), boost::json::value(kDemoJwt));
+  EXPECT_EQ(at(a.json, "email"), "demo@example.com");
+}
+
+class EmptySeed : public EmulatorTest {
+  void tune(EmulatorOptions& o) override { o.seed = "empty"; }
+};
+
+TEST_F(EmptySeed, HasNoContent) {
+  EXPECT_EQ(get("/api/v2/help_center/en-us/categories.json").status, 404);
+  auto token = demoToken();
+  EXPECT_EQ(sizeOf(at(get("/api/mobile/requests.json", token).json, "requests")), 0u);
+}
+
+}  // namespace
+}  // namespace qvk::emulator::testing

@@ -1,0 +1,143 @@
+#pragma once
+
+// Test helpers: an in-process emulator on a free loopback port and a plain
+// HTTP client that talks to it the way any client would.
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <boost/json.hpp>
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include "emulator/demo_identity.h"
+#include "emulator/emulator_server.h"
+
+namespace qvk::emulator::testing {
+
+struct Answer {
+  int status = 0;  // 0: no answer (connection failed)
+  std::string body;
+  httplib::Headers headers;
+  boost::json::value json;  // null when the body is not JSON
+
+  const boost::json::object& object() const {
+    static const boost::json::object kEmpty;
+    return json.is_object() ? json.as_object() : kEmpty;
+  }
+  bool has(const char* key) const { return object().contains(key); }
+  std::string header(const char* name) const {
+    auto it = headers.find(name);
+    return it == headers.end() ? std::string() : it->second;
+  }
+};
+
+class EmulatorTest : public ::testing::Test {
+ protected:
+  void SetUp() override { startWith(EmulatorOptions{}); }
+
+  void startWith(EmulatorOptions options) {
+    client_.reset();
+    server_.reset();
+    options.port = 0;
+    options.quiet = true;
+    options.threads = 16;
+    tune(options);
+    server_ = std::make_unique<EmulatorServer>(options);
+    std::string error;
+    ASSERT_TRUE(server_->start(error)) << error;
+    client_ = std::make_unique<httplib::Client>("127.0.0.1", server_->port());
+    client_->set_keep_alive(true);
+    client_->set_tcp_nodelay(true);
+    client_->set_read_timeout(10, 0);
+  }
+  // Lets a suite change the options before the server starts.
+  virtual void tune(EmulatorOptions&) {}
+
+  static Answer wrap(const httplib::Result& r) {
+    Answer a;
+    if (!r) return a;
+    a.status = r->status;
+    a.body = r->body;
+    a.headers = r->headers;
+    boost::system::error_code ec;
+    auto v = boost::json::parse(a.body, ec);
+    if (!ec) a.json = std::move(v);
+    return a;
+  }
+
+  static httplib::Headers auth(const std::string& token, httplib::Headers more = {}) {
+    if (!token.empty()) more.emplace("Authorization", "Bearer " + token);
+    return more;
+  }
+
+  Answer get(const std::string& path, const std::string& token = {}, httplib::Headers h = {}) {
+    return wrap(client_->Get(path.c_str(), auth(token, std::move(h))));
+  }
+  Answer post(const std::string& path, const std::string& body, const std::string& token = {},
+              httplib::Headers h = {}, const char* type = "application/json") {
+    return wrap(client_->Post(path.c_str(), auth(token, std::move(h)), body, type));
+  }
+  Answer put(const std::string& path, const std::string& body, const std::string& token = {}) {
+    return wrap(client_->Put(path.c_str(), auth(token), body, "application/json"));
+  }
+  Answer del(const std::string& path, const std::string& token = {}) {
+    return wrap(client_->Delete(path.c_str(), auth(token)));
+  }
+
+  std::string tokenFrom(const Answer& a) {
+    EXPECT_EQ(a.status, 201) << a.body;
+    const auto* t = a.object().if_contains("access_token");
+    return t && t->is_string() ? std::string(t->as_string()) : std::string();
+  }
+  std::string demoToken() {
+    return tokenFrom(post("/api/mobile/sdk/access/jwt.json",
+                          R"({"identity":{"jwt":")" + std::string(kDemoJwt) + R"("}})"));
+  }
+  std::string anonymousToken(const std::string& guid) {
+    return tokenFrom(post("/api/mobile/sdk/access/anonymous.json",
+                          R"({"identity":{"guid":")" + guid + R"(","name":"Anna"}})"));
+  }
+
+  std::unique_ptr<EmulatorServer> server_;
+  std::unique_ptr<httplib::Client> client_;
+};
+
+// Digs a value out of nested objects and arrays: at(v, "request", "id"),
+// at(v, "comments", 0, "body"). A missing step gives null.
+inline const boost::json::value& at(const boost::json::value& v) {
+  return v;
+}
+template <typename... Rest>
+const boost::json::value& at(const boost::json::value& v, int index, Rest... rest);
+template <typename... Rest>
+const boost::json::value& at(const boost::json::value& v, const char* key, Rest... rest) {
+  static const boost::json::value kNull;
+  const auto* next = v.is_object() ? v.as_object().if_contains(key) : nullptr;
+  return next ? at(*next, rest...) : kNull;
+}
+template <typename... Rest>
+const boost::json::value& at(const boost::json::value& v, int index, Rest... rest) {
+  static const boost::json::value kNull;
+  if (!v.is_array() || index < 0 || static_cast<std::size_t>(index) >= v.as_array().size())
+    return kNull;
+  return at(v.as_array()[static_cast<std::size_t>(index)], rest...);
+}
+
+// Test names from the cases' "name" members.
+struct CaseName {
+  template <typename P>
+  std::string operator()(const ::testing::TestParamInfo<P>& p) const {
+    std::string n = p.param.name;
+    for (auto& ch : n)
+      if (!std::isalnum(static_cast<unsigned char>(ch))) ch = '_';
+    return n;
+  }
+};
+
+inline std::size_t sizeOf(const boost::json::value& v) {
+  return v.is_array() ? v.as_array().size() : 0;
+}
+
+}  // namespace qvk::emulator::testing
