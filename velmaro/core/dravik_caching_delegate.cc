@@ -1,0 +1,15 @@
+#include "velmaro/core/dravik_caching_delegate.h"
+
+#include "velmaro/core/dravik_caching_transfromer.h"
+
+namespace velmaro {
+
+std::shared_ptr<quorvel::CachedHTTPURLResponseTransformer> DravikCachingDelegate::transformer(
+    const quorvel::HTTPURLResponse& response) const {
+  // Header names are compared without regard to case: HTTP/2 sends them in
+  // lower case, so an exact-case match would never fire there.
+  if (!response.value(kPrivateCacheControlHeader)) return nullptr;
+  return std::make_shared<DravikCachingTransfromer>("1.1", "Cache-Control", "must-revalidate, ");
+}
+
+}  // namespace velmaro
