@@ -1,0 +1,139 @@
+#include "quorvel/http_cache.h"
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+
+#include "quorvel/sqlite_database.h"
+#include "quorvel/sqlite_statement.h"
+
+namespace quorvel {
+namespace {
+
+constexpr const char* kSchema =
+    "CREATE TABLE IF NOT EXISTS responses (key TEXT PRIMARY KEY, url TEXT NOT NULL, "
+    "http_version TEXT NOT NULL, headers TEXT NOT NULL, body BLOB NOT NULL, "
+    "stored_at REAL NOT NULL, fresh_until REAL NOT NULL)";
+
+std::string headersToJson(const HttpHeaderFields& headers) {
+  boost::json::object object;
+  for (const auto& [name, value] : headers) object[name] = value;
+  return boost::json::serialize(object);
+}
+
+HttpHeaderFields headersFromJson(const std::string& text) {
+  HttpHeaderFields headers;
+  boost::system::error_code ec;
+  const auto parsed = boost::json::parse(text, ec);
+  if (ec || !parsed.is_object()) return headers;
+  for (const auto& [name, value] : parsed.get_object()) {
+    if (value.is_string()) headers.emplace(std::string(name), std::string(value.get_string()));
+  }
+  return headers;
+}
+
+std::size_t sizeOf(const HttpCacheEntry& entry) {
+  return entry.body.size() + entry.url.size() + 64 * entry.headers.size();
+}
+
+}  // namespace
+
+HttpCache::HttpCache(std::filesystem::path file) : HttpCache(std::move(file), Limits{}) {}
+
+HttpCache::HttpCache(std::filesystem::path file, Limits limits)
+    : limits_(limits), db_(std::make_unique<SqliteDatabase>(std::move(file), kSchema)) {}
+
+HttpCache::~HttpCache() = default;
+
+std::shared_ptr<const HttpCacheEntry> HttpCache::lookup(const std::string& key) {
+  std::lock_guard lock(mutex_);
+  if (const auto it = index_.find(key); it != index_.end()) {
+    lru_.splice(lru_.begin(), lru_, it->second);
+    return it->second->second;
+  }
+  auto entry = loadFromDisk(key);
+  if (entry) remember(key, entry);
+  return entry;
+}
+
+void HttpCache::store(const std::string& key, HttpCacheEntry entry) {
+  auto shared = std::make_shared<const HttpCacheEntry>(std::move(entry));
+  std::lock_guard lock(mutex_);
+  writeToDisk(key, *shared);
+  remember(key, std::move(shared));
+}
+
+void HttpCache::remove(const std::string& key) {
+  std::lock_guard lock(mutex_);
+  forget(key);
+  SqliteStatement del(db_->handle(), "DELETE FROM responses WHERE key = ?1");
+  del.bind(1, key);
+  del.run();
+}
+
+void HttpCache::clear() {
+  std::lock_guard lock(mutex_);
+  lru_.clear();
+  index_.clear();
+  memoryBytes_ = 0;
+  db_->execute("DELETE FROM responses");
+}
+
+std::shared_ptr<const HttpCacheEntry> HttpCache::loadFromDisk(const std::string& key) {
+  SqliteStatement select(db_->handle(),
+                         "SELECT url, http_version, headers, body, stored_at, fresh_until "
+                         "FROM responses WHERE key = ?1");
+  select.bind(1, key);
+  if (!select.step()) return nullptr;
+  auto entry = std::make_shared<HttpCacheEntry>();
+  entry->url = select.text(0);
+  entry->httpVersion = select.text(1);
+  entry->headers = headersFromJson(select.text(2));
+  entry->body = select.text(3);
+  entry->storedAt = select.real(4);
+  entry->freshUntil = select.real(5);
+  return entry;
+}
+
+void HttpCache::writeToDisk(const std::string& key, const HttpCacheEntry& entry) {
+  SqliteStatement upsert(db_->handle(),
+                         "INSERT OR REPLACE INTO responses (key, url, http_version, headers, "
+                         "body, stored_at, fresh_until) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)");
+  upsert.bind(1, key);
+  upsert.bind(2, entry.url);
+  upsert.bind(3, entry.httpVersion);
+  upsert.bind(4, headersToJson(entry.headers));
+  upsert.bindBlob(5, entry.body);
+  upsert.bind(6, entry.storedAt);
+  upsert.bind(7, entry.freshUntil);
+  upsert.run();
+  // Keeps the file bounded: the entries stored longest ago go first.
+  SqliteStatement trim(db_->handle(),
+                       "DELETE FROM responses WHERE key IN (SELECT key FROM responses "
+                       "ORDER BY stored_at DESC LIMIT -1 OFFSET ?1)");
+  trim.bind(1, static_cast<std::int64_t>(limits_.diskEntries));
+  trim.run();
+}
+
+void HttpCache::remember(const std::string& key, std::shared_ptr<const HttpCacheEntry> entry) {
+  forget(key);
+  const std::size_t size = sizeOf(*entry);
+  if (size > limits_.memoryBytes) return;
+  lru_.emplace_front(key, std::move(entry));
+  index_[key] = lru_.begin();
+  memoryBytes_ += size;
+  while (lru_.size() > limits_.memoryEntries || memoryBytes_ > limits_.memoryBytes) {
+    memoryBytes_ -= sizeOf(*lru_.back().second);
+    index_.erase(lru_.back().first);
+    lru_.pop_back();
+  }
+}
+
+void HttpCache::forget(const std::string& key) {
+  const auto it = index_.find(key);
+  if (it == index_.end()) return;
+  memoryBytes_ -= sizeOf(*it->second->second);
+  lru_.erase(it->second);
+  index_.erase(it);
+}
+
+}  // namespace quorvel

@@ -1,0 +1,54 @@
+#include "quorvel/http_cache_entry.h"
+
+#include <charconv>
+
+#include "quorvel/cache_control.h"
+
+namespace quorvel {
+namespace {
+
+long ageSeconds(const HttpHeaderFields& headers) {
+  const auto it = headers.find("Age");
+  if (it == headers.end()) return 0;
+  long age = 0;
+  const auto& text = it->second;
+  std::from_chars(text.data(), text.data() + text.size(), age);
+  return age > 0 ? age : 0;
+}
+
+}  // namespace
+
+std::optional<std::string> HttpCacheEntry::etag() const {
+  const auto it = headers.find("ETag");
+  if (it == headers.end() || it->second.empty()) return std::nullopt;
+  return it->second;
+}
+
+std::optional<CachedURLResponse> HttpCacheEntry::toCachedResponse() const {
+  auto response = HTTPURLResponse::make(url, 200, httpVersion, headers);
+  if (!response) return std::nullopt;
+  return CachedURLResponse(std::move(*response), body);
+}
+
+std::optional<HttpCacheEntry> HttpCacheEntry::fromResponse(const CachedURLResponse& cached,
+                                                           double now) {
+  const auto& response = cached.response();
+  if (response.statusCode() != 200) return std::nullopt;
+  const CacheControl control = CacheControl::parse(response.value("Cache-Control").value_or(""));
+  if (control.noStore) return std::nullopt;
+
+  HttpCacheEntry entry;
+  entry.url = response.url();
+  entry.httpVersion = response.httpVersion();
+  entry.headers = response.allHeaderFields();
+  entry.body = cached.data();
+  entry.storedAt = now;
+  // no-cache: may be stored, but every use asks the server first.
+  const long lifetime =
+      control.noCache ? 0 : control.maxAge.value_or(0) - ageSeconds(entry.headers);
+  entry.freshUntil = now + static_cast<double>(lifetime > 0 ? lifetime : 0);
+  if (lifetime <= 0 && !entry.etag()) return std::nullopt;
+  return entry;
+}
+
+}  // namespace quorvel

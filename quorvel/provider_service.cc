@@ -1,0 +1,119 @@
+#include "quorvel/provider_service.h"
+
+#include <fmt/format.h>
+
+#include "quorvel/core_services.h"
+#include "quorvel/core_version.h"
+#include "quorvel/platform/serial_thread_queue.h"
+#include "quorvel/platform/transport_error.h"
+
+namespace quorvel {
+namespace {
+
+using Headers = std::vector<std::pair<std::string, std::string>>;
+
+void setHeader(Headers& headers, const std::string& name, const std::string& value) {
+  for (auto& header : headers) {
+    if (equalsIgnoringCase(header.first, name)) {
+      header.second = value;
+      return;
+    }
+  }
+  headers.emplace_back(name, value);
+}
+
+// Where callbacks go when there is neither a dispatch queue nor a live core
+// to take the main queue from: a queue of its own, so that perform() still
+// never calls back inside itself.
+std::shared_ptr<platform::MainQueue> fallbackQueue() {
+  static const auto queue = std::make_shared<platform::SerialThreadQueue>("quorvel-fallback");
+  return queue;
+}
+
+}  // namespace
+
+ProviderService::ProviderService(AccountDetails environment, std::string urlComponent,
+                                 bool requiresAuth, HttpMethod httpMethod,
+                                 std::shared_ptr<const ClientHeaders> clientHeaders,
+                                 std::optional<std::string> body,
+                                 std::shared_ptr<platform::MainQueue> dispatchQueue,
+                                 Reporter reporter,
+                                 std::shared_ptr<CachedHTTPURLResponseDelegate> cachingDelegate)
+    : environment_(std::move(environment)),
+      urlComponent_(std::move(urlComponent)),
+      requiresAuth_(requiresAuth),
+      httpMethod_(httpMethod),
+      clientHeaders_(std::move(clientHeaders)),
+      body_(std::move(body)),
+      dispatchQueue_(std::move(dispatchQueue)),
+      reporter_(reporter),
+      cachingDelegate_(std::move(cachingDelegate)) {}
+
+Headers ProviderService::clientIdentificationHeaders() const {
+  const std::string client = clientHeaders_ ? clientHeaders_->client() : std::string("quorvel");
+  const std::string version =
+      clientHeaders_ ? clientHeaders_->version() : std::string(kCoreVersion);
+  return {
+      {"User-Agent", fmt::format("{}/{} quorvel-core/{}", client, version, kCoreVersion)},
+      {"X-QV-Client", fmt::format("{}/{}", client, version)},
+      {"X-QV-App-Id", environment_.appId()},
+      {"X-QV-Client-Id", environment_.clientId()},
+      {"Accept", "application/json"},
+  };
+}
+
+Headers ProviderService::headers() const {
+  Headers headers = clientIdentificationHeaders();
+  const auto additional =
+      clientHeaders_ ? clientHeaders_->additionalHeaders() : std::map<std::string, std::string>();
+  const bool ownContentType = std::any_of(additional.begin(), additional.end(), [](const auto& h) {
+    return equalsIgnoringCase(h.first, "Content-Type");
+  });
+  if (body_ && !ownContentType) headers.emplace_back("Content-Type", "application/json");
+  for (const auto& [name, value] : additional) {
+    // The core owns authentication.
+    if (equalsIgnoringCase(name, "Authorization")) continue;
+    setHeader(headers, name, value);
+  }
+  return headers;
+}
+
+void ProviderService::perform(Callback callback) const {
+  const auto services = environment_.services();
+  auto queue = dispatchQueue_;
+  if (!queue && services) queue = services->mainQueue();
+  if (!queue) queue = fallbackQueue();
+
+  auto deliver = [queue, callback = std::move(callback)](std::optional<std::string> data,
+                                                         std::optional<HTTPURLResponse> response,
+                                                         std::optional<platform::Error> error) {
+    if (!callback) return;
+    queue->post([callback, data = std::move(data), response = std::move(response),
+                 error = std::move(error)]() mutable {
+      callback(std::move(data), std::move(response), std::move(error));
+    });
+  };
+
+  if (!services) {
+    deliver(std::nullopt, std::nullopt,
+            platform::TransportError::make(platform::TransportErrorCode::kCancelled,
+                                           "the core library has shut down"));
+    return;
+  }
+  if (!HTTPURLResponse::make(urlComponent_, 200, "1.1", {})) {
+    deliver(std::nullopt, std::nullopt,
+            platform::TransportError::make(platform::TransportErrorCode::kBadURL, urlComponent_));
+    return;
+  }
+  RequestExecutor::Spec spec;
+  spec.url = urlComponent_;
+  spec.method = httpMethod_;
+  spec.requiresAuth = requiresAuth_;
+  spec.headers = headers();
+  spec.clientHeaders = clientIdentificationHeaders();
+  spec.body = body_;
+  spec.cachingDelegate = cachingDelegate_;
+  services->executor().execute(std::move(spec), std::move(deliver));
+}
+
+}  // namespace quorvel

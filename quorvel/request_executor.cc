@@ -1,0 +1,195 @@
+#include "quorvel/request_executor.h"
+
+#include <chrono>
+
+#include <fmt/format.h>
+
+#include "quorvel/core_logger.h"
+#include "quorvel/core_services.h"
+#include "quorvel/platform/transport_error.h"
+
+namespace quorvel {
+namespace {
+
+double nowSeconds() {
+  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+bool hasHeader(const RequestExecutor::Headers& headers, std::string_view name) {
+  for (const auto& header : headers) {
+    if (equalsIgnoringCase(header.first, name)) return true;
+  }
+  return false;
+}
+
+platform::Error badResponse(const std::string& url) {
+  return platform::TransportError::make(platform::TransportErrorCode::kBadServerResponse,
+                                        "cannot make a response for " + url);
+}
+
+// The cached answer a transformer (if any) turns `cached` into.
+CachedURLResponse transformed(const std::shared_ptr<CachedHTTPURLResponseDelegate>& delegate,
+                              CachedURLResponse cached) {
+  if (!delegate) return cached;
+  const auto transformer = delegate->transformer(cached.response());
+  if (!transformer) return cached;
+  return transformer->transform(cached);
+}
+
+}  // namespace
+
+struct RequestExecutor::Call {
+  Spec spec;
+  Completion completion;
+  std::string cacheKey;  // empty: the cache is not used
+  std::shared_ptr<const HttpCacheEntry> revalidating;
+  std::optional<std::string> token;
+};
+
+std::string RequestExecutor::cacheKey(const std::string& url, const std::string& scope) {
+  return scope.empty() ? url : url + "\n" + scope;
+}
+
+void RequestExecutor::execute(Spec spec, Completion completion) {
+  auto call = std::make_shared<Call>();
+  call->spec = std::move(spec);
+  call->completion = std::move(completion);
+  const auto identity = services_.identity();
+
+  // A request that carries its own validator wants the server's answer
+  // (a 304 included), not ours.
+  if (call->spec.method == HttpMethod::get && !hasHeader(call->spec.headers, "If-None-Match")) {
+    std::string scope;
+    if (call->spec.requiresAuth) scope = identity ? identity->scope() : std::string("none");
+    call->cacheKey = cacheKey(call->spec.url, scope);
+    if (auto entry = services_.httpCache().lookup(call->cacheKey)) {
+      if (entry->isFresh(nowSeconds())) {
+        answerFromCache(*call, *entry);
+        return;
+      }
+      if (entry->etag()) call->revalidating = std::move(entry);
+    }
+  }
+
+  if (!call->spec.requiresAuth) {
+    send(std::move(call), std::nullopt);
+    return;
+  }
+  if (!identity) {
+    CoreLogger::warn(fmt::format(
+        "{} needs authentication but no identity is set; sending it without", call->spec.url));
+    send(std::move(call), std::nullopt);
+    return;
+  }
+  auto headers = call->spec.clientHeaders;
+  services_.tokens().withToken(
+      identity, std::move(headers), [this, call](AccessTokenManager::Outcome outcome) mutable {
+        if (outcome.token) {
+          send(std::move(call), std::move(outcome.token));
+        } else if (outcome.rejection) {
+          handle(call, std::move(*outcome.rejection));
+        } else {
+          call->completion(std::nullopt, std::nullopt, std::move(outcome.error));
+        }
+      });
+}
+
+void RequestExecutor::send(std::shared_ptr<Call> call, std::optional<std::string> token) {
+  TransportRequest request;
+  request.url = call->spec.url;
+  request.method = call->spec.method;
+  request.headers = call->spec.headers;
+  request.body = call->spec.body;
+  if (token) request.headers.emplace_back("Authorization", "Bearer " + *token);
+  if (call->revalidating) {
+    request.headers.emplace_back("If-None-Match", *call->revalidating->etag());
+  }
+  call->token = std::move(token);
+  services_.transport().submit(std::move(request),
+                               [this, call](platform::Result<TransportResponse> result) {
+                                 handle(call, std::move(result));
+                               });
+}
+
+void RequestExecutor::handle(const std::shared_ptr<Call>& call,
+                             platform::Result<TransportResponse> result) {
+  if (!result.ok()) {
+    call->completion(std::nullopt, std::nullopt, result.error());
+    return;
+  }
+  TransportResponse& answer = result.value();
+  if (answer.statusCode == 401 && call->token) {
+    // The token is no longer accepted: the next call exchanges again.
+    services_.tokens().invalidate(*call->token);
+  }
+  if (answer.statusCode == 304 && call->revalidating) {
+    refreshAfterNotModified(*call, answer);
+    return;
+  }
+  const std::string url = answer.url.empty() ? call->spec.url : answer.url;
+  auto response =
+      HTTPURLResponse::make(url, answer.statusCode, answer.httpVersion, std::move(answer.headers));
+  if (!response) {
+    call->completion(std::nullopt, std::nullopt, badResponse(url));
+    return;
+  }
+  if (!call->cacheKey.empty()) storeAnswer(*call, *response, answer.body);
+  std::optional<std::string> body;
+  if (!answer.body.empty()) body = std::move(answer.body);
+  call->completion(std::move(body), std::move(response), std::nullopt);
+}
+
+void RequestExecutor::answerFromCache(const Call& call, const HttpCacheEntry& entry) {
+  auto response = HTTPURLResponse::make(call.spec.url, 200, entry.httpVersion, entry.headers);
+  if (!response) {
+    call.completion(std::nullopt, std::nullopt, badResponse(call.spec.url));
+    return;
+  }
+  std::optional<std::string> body;
+  if (!entry.body.empty()) body = entry.body;
+  call.completion(std::move(body), std::move(response), std::nullopt);
+}
+
+void RequestExecutor::storeAnswer(const Call& call, const HTTPURLResponse& response,
+                                  const std::string& body) {
+  if (response.statusCode() != 200) return;
+  const auto cached = transformed(call.spec.cachingDelegate, CachedURLResponse(response, body));
+  if (auto entry = HttpCacheEntry::fromResponse(cached, nowSeconds())) {
+    services_.httpCache().store(call.cacheKey, std::move(*entry));
+  } else {
+    // no-store, or nothing to use it with: an older copy must not be served.
+    services_.httpCache().remove(call.cacheKey);
+  }
+}
+
+void RequestExecutor::refreshAfterNotModified(const Call& call,
+                                              const TransportResponse& notModified) {
+  const HttpCacheEntry& stored = *call.revalidating;
+  // The 304's header fields replace the stored ones of the same name; then
+  // the delegate has its say again, as for a new answer.
+  HttpHeaderFields headers = stored.headers;
+  for (const auto& [name, value] : notModified.headers) {
+    if (equalsIgnoringCase(name, "Content-Length") ||
+        equalsIgnoringCase(name, "Content-Encoding") ||
+        equalsIgnoringCase(name, "Transfer-Encoding")) {
+      continue;
+    }
+    headers.insert_or_assign(name, value);
+  }
+  auto merged = HTTPURLResponse::make(call.spec.url, 200, stored.httpVersion, std::move(headers));
+  if (!merged) {
+    call.completion(std::nullopt, std::nullopt, badResponse(call.spec.url));
+    return;
+  }
+  const auto cached =
+      transformed(call.spec.cachingDelegate, CachedURLResponse(*merged, stored.body));
+  if (auto entry = HttpCacheEntry::fromResponse(cached, nowSeconds())) {
+    services_.httpCache().store(call.cacheKey, *entry);
+    answerFromCache(call, *entry);
+    return;
+  }
+  services_.httpCache().remove(call.cacheKey);
+  answerFromCache(call, stored);
+}
+
+}  // namespace quorvel

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "quorvel/cached_http_url_response_delegate.h"
+#include "quorvel/http_cache_entry.h"
+#include "quorvel/http_method.h"
+#include "quorvel/http_url_response.h"
+#include "quorvel/platform/error.h"
+#include "quorvel/platform/result.h"
+#include "quorvel/transport_request.h"
+
+namespace quorvel {
+
+class CoreServices;
+
+// Runs one request of a ProviderService through the HTTP cache, the token
+// exchange and the transport, and completes it exactly once, on whichever
+// thread the outcome is known (the caller's for a cache hit, else the
+// transport's). The ProviderService posts the completion on to its queue.
+class RequestExecutor {
+ public:
+  using Headers = std::vector<std::pair<std::string, std::string>>;
+  using Completion =
+      std::function<void(std::optional<std::string> body, std::optional<HTTPURLResponse> response,
+                         std::optional<platform::Error> error)>;
+
+  struct Spec {
+    std::string url;
+    HttpMethod method = HttpMethod::get;
+    bool requiresAuth = false;
+    // Client headers followed by the request's own, as they go out.
+    Headers headers;
+    // The client headers alone, for the token exchange.
+    Headers clientHeaders;
+    std::optional<std::string> body;
+    std::shared_ptr<CachedHTTPURLResponseDelegate> cachingDelegate;
+  };
+
+  explicit RequestExecutor(CoreServices& services) : services_(services) {}
+
+  void execute(Spec spec, Completion completion);
+
+  // The cache key of a GET: its URL and, for an authenticated request, the
+  // scope of the identity it is made for, so that one user's answers are
+  // never served to another.
+  static std::string cacheKey(const std::string& url, const std::string& scope);
+
+ private:
+  struct Call;
+
+  void send(std::shared_ptr<Call> call, std::optional<std::string> token);
+  void handle(const std::shared_ptr<Call>& call, platform::Result<TransportResponse> result);
+  void answerFromCache(const Call& call, const HttpCacheEntry& entry);
+  void storeAnswer(const Call& call, const HTTPURLResponse& response, const std::string& body);
+  void refreshAfterNotModified(const Call& call, const TransportResponse& notModified);
+
+  CoreServices& services_;
+};
+
+}  // namespace quorvel
