@@ -125,6 +125,10 @@ bool EmulatorServer::start(std::string& error) {
     return false;
   }
   thread_ = std::thread([this] { http_->listen_after_bind(); });
+  // stop() before the accept loop runs would be lost and leave the thread
+  // serving, so start() returns only once the loop is up (bounded wait).
+  for (int i = 0; i < 5000 && !http_->is_running(); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   return true;
 }
 

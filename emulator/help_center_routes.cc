@@ -80,7 +80,7 @@ std::vector<const ArticleRow*> pointers(const std::vector<ArticleRow>& v, std::s
 // Words of the query that all appear, case-insensitively, in the title or
 // the text of the body.
 bool matchesQuery(const ArticleRow& a, const std::vector<std::string>& words) {
-  std::string text = http::lower(a.title + " " + http::stripTags(a.body));
+  std::string text = http::lower(http::decodeEntities(a.title + " " + http::stripTags(a.body)));
   return std::all_of(words.begin(), words.end(),
                      [&](const std::string& w) { return text.find(w) != std::string::npos; });
 }
@@ -105,7 +105,7 @@ std::vector<ArticleRow> searchArticles(HelpCenterCatalog& catalog, const Request
   }
   // Title hits rank first, the rest keep the tree order.
   std::stable_partition(hits.begin(), hits.end(), [&](const ArticleRow& a) {
-    std::string title = http::lower(a.title);
+    std::string title = http::lower(http::decodeEntities(a.title));
     return !words.empty() && std::all_of(words.begin(), words.end(), [&](const std::string& w) {
       return title.find(w) != std::string::npos;
     });
@@ -206,7 +206,7 @@ void search(EmulatorContext& ctx, const Request& req, Response& res, HelpCenterC
   json::array results;
   for (std::size_t i = pager.begin(); i < pager.end(); ++i) {
     auto article = catalog.articleJson(hits[i], locale);
-    std::string text = http::stripTags(hits[i].body);
+    std::string text = http::decodeEntities(http::stripTags(hits[i].body));
     article["snippet"] = text.substr(0, 160);
     article["result_type"] = "article";
     results.push_back(std::move(article));

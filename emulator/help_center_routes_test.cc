@@ -82,6 +82,12 @@ INSTANTIATE_TEST_SUITE_P(
                  "categories,users&per_page=100&label_names=faq&locale=en-us&origin=mobile_sdk&"
                  "respect_sanitization_settings=true",
                  200, "results", 1},
+        ReadCase{"search matches entity titles",
+                 "/api/v2/help_center/articles/search.json?query=q%26a&locale=en-us&per_page=100",
+                 200, "results", 7},
+        ReadCase{"search second locale",
+                 "/api/v2/help_center/articles/search.json?query=zahlung&locale=de", 200, "results",
+                 2},
         ReadCase{"deflection",
                  "/api/mobile/help_center/search/deflect.json?query=invoice&locale="
                  "en-us&respect_sanitization_settings=true",

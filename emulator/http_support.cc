@@ -127,15 +127,45 @@ std::string lower(std::string_view text) {
 std::string stripTags(std::string_view html) {
   std::string out;
   bool inTag = false;
+  auto space = [&] {
+    if (!out.empty() && out.back() != ' ') out.push_back(' ');
+  };
   for (char c : html) {
     if (c == '<') {
       inTag = true;
-      out.push_back(' ');
+      space();
     } else if (c == '>') {
       inTag = false;
-    } else if (!inTag) {
+    } else if (inTag) {
+      continue;
+    } else if (std::isspace(static_cast<unsigned char>(c))) {
+      space();
+    } else {
       out.push_back(c);
     }
+  }
+  while (!out.empty() && out.back() == ' ') out.pop_back();
+  return out;
+}
+
+std::string decodeEntities(std::string_view text) {
+  static constexpr std::pair<std::string_view, std::string_view> kEntities[] = {
+      {"&amp;", "&"}, {"&lt;", "<"},   {"&gt;", ">"},    {"&quot;", "\""},
+      {"&#39;", "'"}, {"&nbsp;", " "}, {"&ndash;", "-"}, {"&mdash;", "-"}};
+  std::string out;
+  for (std::size_t i = 0; i < text.size();) {
+    bool replaced = false;
+    if (text[i] == '&') {
+      for (const auto& [entity, plain] : kEntities) {
+        if (text.substr(i, entity.size()) == entity) {
+          out += plain;
+          i += entity.size();
+          replaced = true;
+          break;
+        }
+      }
+    }
+    if (!replaced) out.push_back(text[i++]);
   }
   return out;
 }

@@ -46,5 +46,7 @@ std::string randomToken(std::size_t length);
 std::string lower(std::string_view text);
 // Article and comment bodies without markup, for search and plain bodies.
 std::string stripTags(std::string_view html);
+// The common named and numeric entities as plain text, for search matching.
+std::string decodeEntities(std::string_view text);
 
 }  // namespace qvk::emulator::http

@@ -96,7 +96,8 @@ void createRequest(EmulatorContext& ctx, const Request& req, Response& res) {
     return http::sendInvalid(res, error);
   // An anonymous request belongs to the identity the client names.
   auto guid = req.get_header_value("Mobile-Sdk-Identity");
-  request.requesterId = guid.empty() ? user->id : ctx.identities.userForGuid(guid, user->name, "");
+  request.requesterId =
+      guid.empty() || user->jwt ? user->id : ctx.identities.userForGuid(guid, user->name, "");
   RequestStore store(ctx.db, http::baseUrl(req));
   std::int64_t commentId = 0;
   auto id = store.create(request, commentId);

@@ -59,8 +59,14 @@ void showMany(EmulatorContext& ctx, const Request& req, Response& res) {
     std::sort(fieldIds.begin(), fieldIds.end());
     fieldIds.erase(std::unique(fieldIds.begin(), fieldIds.end()), fieldIds.end());
     for (auto id : fieldIds)
-      if (auto r = ctx.db.queryOne("SELECT document FROM ticket_fields WHERE id = ?", {id}))
-        fields.push_back(parse(r->text(0)));
+      if (auto r = ctx.db.queryOne("SELECT document FROM ticket_fields WHERE id = ?", {id})) {
+        auto field = parse(r->text(0));
+        // Stored with a path; answered with this server's absolute URL.
+        if (auto* url = field.is_object() ? field.as_object().if_contains("url") : nullptr;
+            url && url->is_string())
+          *url = base + std::string(url->as_string());
+        fields.push_back(std::move(field));
+      }
     answer["ticket_fields"] = std::move(fields);
   }
   http::sendJson(res, 200, answer);
