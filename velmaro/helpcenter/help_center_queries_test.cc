@@ -156,6 +156,7 @@ TEST_F(SessionCacheTest, LastSearchNeedsQueryAndCount) {
   ASSERT_TRUE(search);
   EXPECT_EQ(boost::json::value(search->toJson()),
             boost::json::parse(R"({"query":"pay","results_count":3,"origin":"mobile_sdk"})"));
+  EXPECT_EQ(boost::json::value_from(*search), boost::json::value(search->toJson()));
 }
 
 TEST_F(SessionCacheTest, ClickFlagAcrossSearchesAndViews) {

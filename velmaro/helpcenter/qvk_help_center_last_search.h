@@ -7,6 +7,8 @@
 
 #include <boost/describe/class.hpp>
 #include <boost/json/object.hpp>
+#include <boost/json/value.hpp>
+#include <boost/json/value_from.hpp>
 
 namespace velmaro {
 
@@ -40,5 +42,10 @@ class QVKHelpCenterLastSearch {
 };
 
 BOOST_DESCRIBE_STRUCT(QVKHelpCenterLastSearch::Fields, (), (query, results_count, origin))
+
+inline void tag_invoke(boost::json::value_from_tag, boost::json::value& json,
+                       const QVKHelpCenterLastSearch& record) {
+  json = record.toJson();
+}
 
 }  // namespace velmaro
