@@ -46,7 +46,8 @@ std::string HTMLSanitizer::clean(std::string_view html) {
   if (text.find("<img") == std::string::npos) return text;
   auto matches = pattern->matchTexts(std::string_view(text));
   if (!matches) {
-    quorvel::CoreLogger::debug("invalid regex: " + matches.error().localizedDescription());
+    // A match that runs out of its time or stack budget closes no image tag.
+    quorvel::CoreLogger::debug("image tag match failed: " + matches.error().localizedDescription());
     return text;
   }
   // Each match rewrites every identical tag, so a tag that appears twice is
