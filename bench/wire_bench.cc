@@ -1,0 +1,426 @@
+// Loopback figures of the Help Center path against a real qvk-emulator, each
+// measured side by side with raw libcurl in the same run:
+//   B2  one provider call (call to callback) vs a raw keep-alive GET of the same URL
+//   B3  the same read answered from the HTTP cache vs B2's network call
+//   B4  200 provider calls in flight at once vs 200 raw multi transfers
+// With --b1 FILE it also reads the in-process parse figures that velmaro_bench
+// wrote as JSON, and prints the one table of all four figures; --out FILE
+// writes the same figures as JSON.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <boost/json.hpp>
+#include <curl/curl.h>
+
+#include "quorvel/platform/run_loop.h"
+#include "quorvel/provider_service.h"
+#include "quorvel/quorvel.h"
+#include "tests/emulator_process.h"
+#include "velmaro/core/qvk_api_dispatcher.h"
+#include "velmaro/core/support.h"
+#include "velmaro/core/support_headers.h"
+#include "velmaro/helpcenter/qvk_help_center_provider.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Micros = std::chrono::duration<double, std::micro>;
+
+struct Options {
+  std::string emulator = QVK_EMULATOR_BINARY;
+  std::string b1File;
+  std::string outFile;
+  int rounds = 400;  // B2 pairs
+  int hits = 2000;   // B3 cache hits
+  int bursts = 15;   // B4 rounds of 200
+  int inFlight = 200;
+  bool diagnose = false;
+};
+
+double median(std::vector<double> v) {
+  if (v.empty()) return 0;
+  std::sort(v.begin(), v.end());
+  const auto n = v.size();
+  return n % 2 == 1 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+}
+
+std::size_t discard(char*, std::size_t size, std::size_t count, void* sink) {
+  static_cast<std::string*>(sink)->size();  // the body is dropped, as a caller would parse it
+  return size * count;
+}
+
+// A raw libcurl client with the same headers the library sends.
+class RawClient {
+ public:
+  RawClient(const std::vector<std::pair<std::string, std::string>>& headers) {
+    for (const auto& [name, value] : headers) {
+      headers_ = curl_slist_append(headers_, (name + ": " + value).c_str());
+    }
+  }
+  ~RawClient() {
+    for (auto* easy : easies_) curl_easy_cleanup(easy);
+    if (multi_ != nullptr) curl_multi_cleanup(multi_);
+    curl_slist_free_all(headers_);
+  }
+
+  CURL* configure(CURL* easy, const std::string& url) {
+    curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_);
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, discard);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &sink_);
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+    return easy;
+  }
+
+  // One keep-alive GET on a handle kept across calls.
+  bool get(const std::string& url) {
+    if (single_ == nullptr) single_ = keep(configure(curl_easy_init(), url));
+    long status = 0;
+    const bool ok = curl_easy_perform(single_) == CURLE_OK;
+    curl_easy_getinfo(single_, CURLINFO_RESPONSE_CODE, &status);
+    return ok && status == 200;
+  }
+
+  // `count` transfers of `url` at once on one multi handle (handles and
+  // connections kept across calls); true when all answered 200.
+  bool burst(const std::string& url, int count) {
+    if (multi_ == nullptr) {
+      multi_ = curl_multi_init();
+      // The same per-host connection policy as the library's transport, so
+      // that the burst compares the libraries, not two connection policies.
+      curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
+      for (int i = 0; i < count; ++i) pool_.push_back(keep(configure(curl_easy_init(), url)));
+    }
+    for (auto* easy : pool_) curl_multi_add_handle(multi_, easy);
+    int running = 0;
+    int done = 0;
+    bool allOk = true;
+    const auto deadline = Clock::now() + std::chrono::seconds(30);
+    do {
+      curl_multi_perform(multi_, &running);
+      int queued = 0;
+      while (CURLMsg* msg = curl_multi_info_read(multi_, &queued)) {
+        if (msg->msg != CURLMSG_DONE) continue;
+        long status = 0;
+        curl_easy_getinfo(msg->easy_handle, CURLINFO_RESPONSE_CODE, &status);
+        allOk = allOk && msg->data.result == CURLE_OK && status == 200;
+        curl_multi_remove_handle(multi_, msg->easy_handle);
+        ++done;
+      }
+      if (running > 0) curl_multi_poll(multi_, nullptr, 0, 100, nullptr);
+    } while ((running > 0 || done < count) && Clock::now() < deadline);
+    return allOk && done == count;
+  }
+
+ private:
+  CURL* keep(CURL* easy) {
+    easies_.push_back(easy);
+    return easy;
+  }
+  curl_slist* headers_ = nullptr;
+  std::string sink_;
+  CURL* single_ = nullptr;
+  CURLM* multi_ = nullptr;
+  std::vector<CURL*> pool_;
+  std::vector<CURL*> easies_;
+};
+
+class Library {
+ public:
+  Library(const std::string& url, const std::filesystem::path& dataDir)
+      : loop_(std::make_shared<quorvel::platform::RunLoop>()) {
+    quorvel::QuorvelOptions options;
+    options.mainQueue = loop_;
+    options.dataDirectory = dataDir;
+    options.logLevel = quorvel::LogLevel::off;
+    core_ = quorvel::Quorvel::initialize("bench", url, "bench-client", options);
+    velmaro::Support::initialize(core_);
+    provider_ = std::make_unique<velmaro::QVKHelpCenterProvider>(core_);
+  }
+  ~Library() {
+    core_->shutdown();
+    loop_->runPending();
+  }
+
+  // The headers a Help Center read of `url` carries, for the raw client.
+  std::vector<std::pair<std::string, std::string>> headers(const std::string& url) const {
+    quorvel::ProviderService service(core_->accountDetails(), url, false, quorvel::HttpMethod::get,
+                                     std::make_shared<velmaro::SupportHeaders>(), std::nullopt,
+                                     loop_);
+    return service.headers();
+  }
+
+  void clearCache() { core_->storeModule().clearSettingsAndSession(); }
+
+  // One read through the core library alone (ProviderService), and through
+  // the dispatcher alone, for --diagnose.
+  bool coreCall(const std::string& url) {
+    quorvel::ProviderService service(core_->accountDetails(), url, false, quorvel::HttpMethod::get,
+                                     std::make_shared<velmaro::SupportHeaders>(), std::nullopt,
+                                     loop_);
+    bool done = false;
+    bool good = false;
+    service.perform([&](std::optional<std::string> data, std::optional<quorvel::HTTPURLResponse> r,
+                        std::optional<quorvel::platform::Error> e) {
+      good = data && r && r->statusCode() == 200 && !e;
+      done = true;
+    });
+    loop_->runUntil([&] { return done; }, std::chrono::seconds(30));
+    return good;
+  }
+  bool dispatcherCall(const std::string& url) {
+    bool done = false;
+    bool good = false;
+    velmaro::QVKAPIDispatcher::instanceWithQuorvel(core_)->executeRequestNoBlock(
+        quorvel::platform::URLRequest(quorvel::platform::Url::make(url)),
+        [&](velmaro::QVKDispatcherResponse r) {
+          good = r.data.has_value();
+          done = true;
+        },
+        [&](quorvel::platform::Error) { done = true; });
+    loop_->runUntil([&] { return done; }, std::chrono::seconds(30));
+    return good;
+  }
+
+  // Issues `count` category reads at once and pumps until all answered;
+  // true when every one answered with categories.
+  bool categories(int count) {
+    int answered = 0;
+    bool allOk = true;
+    for (int i = 0; i < count; ++i) {
+      provider_->getCategoriesWithLocale(
+          "en-us", [&](std::optional<std::vector<velmaro::QVKHelpCenterCategory>> items,
+                       std::optional<quorvel::platform::Error> error) {
+            allOk = allOk && items && !items->empty() && !error;
+            ++answered;
+          });
+    }
+    loop_->runUntil([&] { return answered == count; }, std::chrono::seconds(30));
+    return allOk && answered == count;
+  }
+
+ private:
+  std::shared_ptr<quorvel::platform::RunLoop> loop_;
+  std::shared_ptr<quorvel::Quorvel> core_;
+  std::unique_ptr<velmaro::QVKHelpCenterProvider> provider_;
+};
+
+template <class F>
+double timeMicros(F&& f, bool& ok) {
+  const auto start = Clock::now();
+  ok = f() && ok;
+  return Micros(Clock::now() - start).count();
+}
+
+struct Figure {
+  std::string id;
+  std::string measures;
+  std::string unit;
+  double value = 0;     // the library's figure
+  double baseline = 0;  // what it is compared with
+  double ratio = 0;     // as the target is stated
+  std::string target;
+  bool met = false;
+};
+
+std::optional<Figure> readB1(const std::string& file) {
+  std::ifstream in(file);
+  if (!in) return std::nullopt;
+  std::stringstream text;
+  text << in.rdbuf();
+  boost::system::error_code ec;
+  auto doc = boost::json::parse(text.str(), ec);
+  if (ec || !doc.is_object()) return std::nullopt;
+  double bare = 0;
+  double library = 0;
+  for (const auto& b : doc.at("benchmarks").as_array()) {
+    const auto& o = b.as_object();
+    if (o.at("aggregate_name") != "median") continue;
+    const std::string name(o.at("run_name").as_string());
+    const double cpu = o.at("cpu_time").to_number<double>();
+    if (name.find("BM_BoostJsonParse") == 0) bare = cpu;
+    if (name.find("BM_HelpCenterParse") == 0) library = cpu;
+  }
+  if (bare <= 0 || library <= 0) return std::nullopt;
+  Figure f{"B1",          "550 KB article list to records (median CPU time)",
+           "us",          library / 1000.0,
+           bare / 1000.0, library / bare,
+           "<= 1.5x",     library / bare <= 1.5};
+  return f;
+}
+
+bool parseArgs(int argc, char** argv, Options& o) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    auto next = [&]() -> std::string { return i + 1 < argc ? argv[++i] : ""; };
+    if (arg == "--emulator")
+      o.emulator = next();
+    else if (arg == "--b1")
+      o.b1File = next();
+    else if (arg == "--out")
+      o.outFile = next();
+    else if (arg == "--rounds")
+      o.rounds = std::stoi(next());
+    else if (arg == "--quick") {
+      o.rounds = 60;
+      o.hits = 300;
+      o.bursts = 4;
+    } else if (arg == "--diagnose")
+      o.diagnose = true;
+    else {
+      std::cerr << "usage: velmaro_wire_bench [--emulator PATH] [--b1 FILE] [--out FILE] [--rounds "
+                   "N] [--quick]\n";
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options o;
+  if (!parseArgs(argc, argv, o)) return 2;
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+
+  // A long max-age so that the cache-hit figure stays within it.
+  velmaro::testing::EmulatorProcess emulator(o.emulator, {"--hc-max-age", "3600"});
+  if (!emulator.running()) {
+    std::cerr << "error: qvk-emulator did not start: " << emulator.error() << "\n";
+    return 1;
+  }
+  const auto dataDir =
+      std::filesystem::temp_directory_path() / ("velmaro-wire-bench-" + std::to_string(::getpid()));
+  const std::string url = emulator.url() + "/api/v2/help_center/en-us/categories.json?per_page=100";
+  bool ok = true;
+  std::vector<Figure> figures;
+  {
+    Library library(emulator.url(), dataDir);
+    RawClient raw(library.headers(url));
+
+    // Warm both paths: connections, TLS-less handles, the emulator's caches.
+    for (int i = 0; i < 50; ++i) {
+      ok = raw.get(url) && ok;
+      library.clearCache();
+      ok = library.categories(1) && ok;
+    }
+
+    if (o.diagnose) {
+      std::vector<double> t[4];
+      for (int i = 0; i < o.rounds; ++i) {
+        t[0].push_back(timeMicros([&] { return raw.get(url); }, ok));
+        library.clearCache();
+        t[1].push_back(timeMicros([&] { return library.coreCall(url); }, ok));
+        library.clearCache();
+        t[2].push_back(timeMicros([&] { return library.dispatcherCall(url); }, ok));
+        library.clearCache();
+        t[3].push_back(timeMicros([&] { return library.categories(1); }, ok));
+      }
+      std::printf("median us: raw %.1f  core %.1f  dispatcher %.1f  provider %.1f\n", median(t[0]),
+                  median(t[1]), median(t[2]), median(t[3]));
+      std::vector<double> hit;
+      library.coreCall(url);
+      for (int i = 0; i < o.rounds; ++i) {
+        hit.push_back(timeMicros([&] { return library.coreCall(url); }, ok));
+      }
+      std::printf("median us: core cache hit %.1f\n", median(hit));
+      return 0;
+    }
+
+    // B2: interleaved pairs, the order alternating, the cache emptied
+    // (untimed) before each library call so that every one goes to the network.
+    std::vector<double> rawTimes;
+    std::vector<double> callTimes;
+    for (int i = 0; i < o.rounds; ++i) {
+      auto rawCall = [&] { rawTimes.push_back(timeMicros([&] { return raw.get(url); }, ok)); };
+      auto libCall = [&] {
+        library.clearCache();
+        callTimes.push_back(timeMicros([&] { return library.categories(1); }, ok));
+      };
+      if (i % 2 == 0) {
+        rawCall();
+        libCall();
+      } else {
+        libCall();
+        rawCall();
+      }
+    }
+    const double b2 = median(callTimes);
+    const double b2raw = median(rawTimes);
+    figures.push_back({"B2", "one getCategoriesWithLocale call, call to callback", "us", b2, b2raw,
+                       b2 / b2raw, "<= 1.25x", b2 / b2raw <= 1.25});
+
+    // B3: the same read within its max-age, from the HTTP cache.
+    ok = library.categories(1) && ok;
+    std::vector<double> hitTimes;
+    for (int i = 0; i < o.hits; ++i) {
+      hitTimes.push_back(timeMicros([&] { return library.categories(1); }, ok));
+    }
+    const double b3 = median(hitTimes);
+    figures.push_back({"B3", "the same read answered from the HTTP cache", "us", b3, b2, b2 / b3,
+                       ">= 5x faster", b2 / b3 >= 5});
+
+    // B4: bursts of calls in flight at once, interleaved with raw bursts.
+    std::vector<double> libRates;
+    std::vector<double> rawRates;
+    for (int i = 0; i < o.bursts; ++i) {
+      const double rawMicros = timeMicros([&] { return raw.burst(url, o.inFlight); }, ok);
+      library.clearCache();
+      const double libMicros = timeMicros([&] { return library.categories(o.inFlight); }, ok);
+      rawRates.push_back(o.inFlight / (rawMicros / 1e6));
+      libRates.push_back(o.inFlight / (libMicros / 1e6));
+    }
+    const double b4 = median(libRates);
+    const double b4raw = median(rawRates);
+    figures.push_back({"B4", std::to_string(o.inFlight) + " calls in flight at once", "calls/s", b4,
+                       b4raw, b4 / b4raw, ">= 0.8x", b4 / b4raw >= 0.8});
+  }
+  std::filesystem::remove_all(dataDir);
+  emulator.stop();
+
+  if (!o.b1File.empty()) {
+    if (auto b1 = readB1(o.b1File)) {
+      figures.insert(figures.begin(), *b1);
+    } else {
+      std::cerr << "warning: no B1 figures in " << o.b1File << "\n";
+    }
+  }
+
+  std::printf("\n%-3s  %-52s %12s %12s %8s  %-13s %s\n", "id", "measures", "velmaro", "baseline",
+              "ratio", "target", "");
+  boost::json::array json;
+  for (const auto& f : figures) {
+    std::printf("%-3s  %-52s %9.1f %-2s %9.1f %-2s %7.2fx  %-13s %s\n", f.id.c_str(),
+                f.measures.c_str(), f.value, f.unit == "calls/s" ? "/s" : f.unit.c_str(),
+                f.baseline, f.unit == "calls/s" ? "/s" : f.unit.c_str(), f.ratio, f.target.c_str(),
+                f.met ? "met" : "MISSED");
+    json.push_back({{"id", f.id},
+                    {"measures", f.measures},
+                    {"unit", f.unit},
+                    {"velmaro", f.value},
+                    {"baseline", f.baseline},
+                    {"ratio", f.ratio},
+                    {"target", f.target},
+                    {"met", f.met}});
+  }
+  if (!o.outFile.empty()) {
+    std::ofstream out(o.outFile);
+    out << boost::json::serialize(boost::json::object{{"figures", json}}) << "\n";
+  }
+  if (!ok) std::cerr << "warning: some calls failed during the run; figures may be off\n";
+  curl_global_cleanup();
+  // A missed target fails the run, so that a script can tell.
+  const bool allMet =
+      std::all_of(figures.begin(), figures.end(), [](const Figure& f) { return f.met; });
+  return ok && allMet ? 0 : 1;
+}
