@@ -51,7 +51,12 @@ TEST_F(ManyClients, TwoHundredKeepAliveClientsAreServedWithoutStalls) {
   for (auto& t : threads) t.join();
   EXPECT_EQ(failures.load(), 0);
   auto worst = *std::max_element(worstMs.begin(), worstMs.end());
+#if defined(__SANITIZE_THREAD__)
+  // ThreadSanitizer slows every step tenfold; the bound would measure it.
+  (void)worst;
+#else
   EXPECT_LT(worst, 900) << "a request waited about a second: backlog overflow or no free worker";
+#endif
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
+#include <cstdio>
 #include <string>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "emulator/emulator_test_support.h"
 
@@ -50,6 +52,10 @@ INSTANTIATE_TEST_SUITE_P(
     CaseName());
 
 using Core = EmulatorTest;
+
+std::string createBodyForRestart() {
+  return R"({"request":{"subject":"Kept","comment":{"body":"Still here after a restart"}}})";
+}
 
 TEST_F(Core, NewJwtUserHasNoRequests) {
   auto token = tokenFrom(post("/api/mobile/sdk/access/jwt.json",
@@ -177,6 +183,34 @@ TEST_F(EmptySeed, HasNoContent) {
   EXPECT_EQ(get("/api/v2/help_center/en-us/categories.json").status, 404);
   auto token = demoToken();
   EXPECT_EQ(sizeOf(at(get("/api/mobile/requests.json", token).json, "requests")), 0u);
+}
+
+class PersistentDatabase : public EmulatorTest {
+ protected:
+  PersistentDatabase() { removeFiles(); }
+  ~PersistentDatabase() override {
+    client_.reset();
+    server_.reset();
+    removeFiles();
+  }
+  void tune(EmulatorOptions& o) override { o.dbPath = path_; }
+  void removeFiles() {
+    for (const char* suffix : {"", "-wal", "-shm"}) std::remove((path_ + suffix).c_str());
+  }
+  const std::string path_ =
+      ::testing::TempDir() + "qvk-emulator-" + std::to_string(getpid()) + ".sqlite";
+};
+
+TEST_F(PersistentDatabase, KeepsDataAcrossRestartsWithoutSeedingAgain) {
+  auto token = demoToken();
+  ASSERT_EQ(post("/api/mobile/requests.json", createBodyForRestart(), token).status, 201);
+  ASSERT_EQ(post("/api/mobile/sdk/blips.json", R"({"blips":[{"type":"page_view"}]})").status, 202);
+  startWith(EmulatorOptions{});
+  auto requests =
+      get("/api/mobile/requests.json?status=new,open,pending,hold,solved,closed", demoToken());
+  EXPECT_EQ(sizeOf(at(requests.json, "requests")), 4u);
+  EXPECT_EQ(sizeOf(at(get("/_emulator/blips").json, "blips")), 1u);
+  EXPECT_EQ(sizeOf(at(get("/api/v2/help_center/en-us/categories.json").json, "categories")), 3u);
 }
 
 }  // namespace
