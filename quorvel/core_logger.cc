@@ -67,7 +67,8 @@ bool startsWithNoCase(std::string_view text, std::size_t at, std::string_view pr
 // with "eyJ", the encoding of '{"') beginning at `at`, or 0.
 std::size_t jwtLengthAt(std::string_view text, std::size_t at) {
   if (text.compare(at, 3, "eyJ") != 0) return 0;
-  if (at > 0 && isBase64UrlChar(text[at - 1])) return 0;
+  // Inside a longer word it is not a token of its own ("key=eyJ..." is).
+  if (at > 0 && isBase64UrlChar(text[at - 1]) && text[at - 1] != '=') return 0;
   std::size_t i = at;
   int dots = 0;
   while (i < text.size() && (isBase64UrlChar(text[i]) || text[i] == '.')) {

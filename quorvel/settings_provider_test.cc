@@ -1,0 +1,130 @@
+#include "quorvel/settings_provider.h"
+
+#include <gtest/gtest.h>
+
+#include "quorvel/core_fixture_test.h"
+
+namespace quorvel::testing {
+namespace {
+
+constexpr const char* kSettingsPath = "/api/mobile/sdk/settings/test-app.json";
+
+platform::Result<const boost::json::object*> objectAt(const boost::json::value& document,
+                                                      const char* key) {
+  const auto* value = document.is_object() ? document.get_object().if_contains(key) : nullptr;
+  if (value == nullptr || !value->is_object()) {
+    return platform::Error::withDescription("test", 1, std::string("no ") + key);
+  }
+  return &value->get_object();
+}
+
+struct SupportFlag {
+  bool enabled = false;
+  static platform::Result<SupportFlag> decode(const boost::json::value& document) {
+    const auto support = objectAt(document, "support");
+    if (!support.ok()) return support.error();
+    const auto* enabled = (*support)->if_contains("enabled");
+    if (enabled == nullptr || !enabled->is_bool()) {
+      return platform::Error::withDescription("test", 2, "no enabled");
+    }
+    return SupportFlag{enabled->get_bool()};
+  }
+  static SupportFlag defaultValue() { return {}; }
+};
+
+struct HelpCenterFlag {
+  bool enabled = false;
+  static platform::Result<HelpCenterFlag> decode(const boost::json::value& document) {
+    const auto helpCenter = objectAt(document, "help_center");
+    if (!helpCenter.ok()) return helpCenter.error();
+    return HelpCenterFlag{true};
+  }
+  static HelpCenterFlag defaultValue() { return {}; }
+};
+
+static_assert(DecodableDefault<SupportFlag>);
+
+class SettingsProviderTest : public CoreTest {
+ protected:
+  void SetUp() override {
+    CoreTest::SetUp();
+    server_.Get(kSettingsPath, [this](const httplib::Request&, httplib::Response& res) {
+      if (failing_) {
+        res.status = 503;
+        return;
+      }
+      res.set_content("{\"support\":{\"enabled\":true}}", "application/json");
+    });
+  }
+
+  template <class T>
+  std::pair<int, std::optional<T>> get() {
+    auto result = std::make_shared<std::pair<int, std::optional<T>>>(0, std::nullopt);
+    quorvel_->providerModule().settings->getSettings<T>([result](std::optional<T> settings) {
+      ++result->first;
+      result->second = std::move(settings);
+    });
+    EXPECT_EQ(result->first, 0) << "answers on the main queue, not inside the call";
+    waitFor([&] { return result->first > 0; });
+    loop_->runFor(std::chrono::milliseconds(5));
+    return *result;
+  }
+
+  void ageKeptDocument() {
+    auto& store = *quorvel_->storeModule().sessionStore;
+    auto kept = store.value(SettingsProvider::kStoreKey)->as_object();
+    kept["fetched_at"] = kept["fetched_at"].as_double() - 2 * 3600.0;
+    store.store(kept, SettingsProvider::kStoreKey);
+  }
+
+  LoopbackServer server_;
+  std::atomic<bool> failing_{false};
+};
+
+TEST_F(SettingsProviderTest, DownloadsOnceAndDecodesEachRecordFromTheKeptDocument) {
+  start(server_.url());
+  const auto first = get<SupportFlag>();
+  EXPECT_EQ(first.first, 1);
+  ASSERT_TRUE(first.second);
+  EXPECT_TRUE(first.second->enabled);
+
+  const auto again = get<SupportFlag>();
+  EXPECT_TRUE(again.second && again.second->enabled);
+  const auto undecodable = get<HelpCenterFlag>();
+  EXPECT_EQ(undecodable.first, 1);
+  EXPECT_FALSE(undecodable.second);
+  EXPECT_EQ(server_.count(kSettingsPath), 1u);
+  EXPECT_EQ(server_.seen(kSettingsPath).at(0).header("X-QV-App-Id"), "test-app");
+}
+
+TEST_F(SettingsProviderTest, AStaleDocumentIsDownloadedAgainAndKeptWhenThatFails) {
+  start(server_.url());
+  ASSERT_TRUE(get<SupportFlag>().second);
+  ageKeptDocument();
+  failing_ = true;
+  const auto fallback = get<SupportFlag>();
+  EXPECT_EQ(server_.count(kSettingsPath), 2u);
+  ASSERT_TRUE(fallback.second);
+  EXPECT_TRUE(fallback.second->enabled);
+
+  // Also after a restart, and with nothing listening at all.
+  start("http://127.0.0.1:9");
+  const auto offline = get<SupportFlag>();
+  EXPECT_TRUE(offline.second && offline.second->enabled);
+}
+
+TEST_F(SettingsProviderTest, WithoutAnyDocumentTheAnswerIsNothing) {
+  failing_ = true;
+  start(server_.url());
+  const auto answer = get<SupportFlag>();
+  EXPECT_EQ(answer.first, 1);
+  EXPECT_FALSE(answer.second);
+
+  quorvel_->shutdown();
+  const auto afterShutdown = get<SupportFlag>();
+  EXPECT_EQ(afterShutdown.first, 1);
+  EXPECT_FALSE(afterShutdown.second);
+}
+
+}  // namespace
+}  // namespace quorvel::testing
