@@ -11,6 +11,7 @@
 namespace qvk::emulator {
 
 class Database;
+class SqlRow;
 
 // One article of one locale with its vote totals.
 struct ArticleRow {
@@ -76,9 +77,9 @@ class HelpCenterCatalog {
                   std::optional<std::int64_t> userId, const std::string& body);
 
  private:
-  boost::json::object categoryJson(const class SqlRow& row, const std::string& locale) const;
-  boost::json::object sectionJson(const class SqlRow& row, const std::string& locale) const;
-  boost::json::object voteJson(const class SqlRow& row) const;
+  boost::json::object categoryJson(const SqlRow& row, const std::string& locale) const;
+  boost::json::object sectionJson(const SqlRow& row, const std::string& locale) const;
+  boost::json::object voteJson(const SqlRow& row) const;
 
   Database& db_;
   std::string base_;

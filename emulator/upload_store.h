@@ -11,6 +11,7 @@
 namespace qvk::emulator {
 
 class Database;
+class SqlRow;
 
 struct UploadContent {
   std::string fileName;
@@ -39,7 +40,7 @@ class UploadStore {
   std::optional<UploadContent> content(const std::string& token);
 
  private:
-  boost::json::object attachmentFromRow(const class SqlRow& row) const;
+  boost::json::object attachmentFromRow(const SqlRow& row) const;
 
   Database& db_;
   std::string base_;
