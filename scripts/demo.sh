@@ -1,31 +1,91 @@
 #!/usr/bin/env bash
 # The guided tour behind `./run demo`: start qvk-emulator on a free loopback
-# port, walk through the main job against it, stop the emulator.
+# port with its sample Help Center, walk through the main job with the qvk
+# command-line client, and stop the emulator again (also on an error or Ctrl-C).
 set -euo pipefail
 build="${1:?usage: scripts/demo.sh BUILD_DIR}"
 emulator="$build/emulator/qvk-emulator"
-tour="$build/tools/velmaro-tour/velmaro-tour"
+qvk_binary="$build/tools/qvk/qvk"
 
-for program in "$emulator" "$tour"; do
+for program in "$emulator" "$qvk_binary"; do
   [ -x "$program" ] || { echo "error: $program was not built (run ./run build)" >&2; exit 1; }
 done
 
 workdir="$(mktemp -d)"
 emulator_pid=""
+drain_pid=""
 cleanup() {
-  if [ -n "$emulator_pid" ]; then kill -TERM "$emulator_pid" 2>/dev/null || true; wait "$emulator_pid" 2>/dev/null || true; fi
+  if [ -n "$emulator_pid" ]; then
+    kill -TERM "$emulator_pid" 2>/dev/null || true
+    wait "$emulator_pid" 2>/dev/null || true
+  fi
+  if [ -n "$drain_pid" ]; then wait "$drain_pid" 2>/dev/null || true; fi
   rm -rf "$workdir"
 }
-trap cleanup EXIT INT TERM
+trap cleanup EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
 
-# The emulator prints its base URL as the first line of its output.
-mkfifo "$workdir/url"
-"$emulator" --port 0 --quiet >"$workdir/url" &
+# The emulator prints its base URL as the first line of its output. The FIFO
+# stays open on descriptor 3 and is drained after that line, so that the
+# emulator never blocks on (or dies writing to) a full or closed pipe.
+mkfifo "$workdir/emulator.out"
+"$emulator" --port 0 --quiet >"$workdir/emulator.out" &
 emulator_pid=$!
-read -r -t 20 url <"$workdir/url" || { echo "error: qvk-emulator did not start" >&2; exit 1; }
-# Keep draining its output so that it never blocks on a full pipe.
-cat "$workdir/url" >/dev/null &
+exec 3<"$workdir/emulator.out"
+read -r -t 20 -u 3 url || { echo "error: qvk-emulator did not start" >&2; exit 1; }
+cat <&3 >/dev/null &
+drain_pid=$!
+exec 3<&-
 
-echo "qvk-emulator is serving the sample Help Center at $url"
+# qvk reads its defaults from the environment, as a user would set them once.
+export QVK_URL="$url"
+export QVK_DATA_DIR="$workdir/qvk-data"
+unset QVK_APP_ID QVK_CLIENT_ID
+
+bold="" plain=""
+if [ -t 1 ]; then bold=$'\e[1m' plain=$'\e[0m'; fi
+
+# step HEADING DISPLAYED-COMMAND QVK-ARGUMENTS...
+step() {
+  local heading="$1" shown="$2"
+  shift 2
+  echo
+  echo "${bold}${heading}${plain}"
+  echo "\$ qvk ${shown}"
+  "$qvk_binary" "$@"
+}
+
+cat <<INTRO
+${bold}Velmaro tour${plain}
+qvk-emulator is serving a sample Help Center at $url.
+qvk, the command-line client, calls the library's providers against it:
+\$ export QVK_URL=$url
+INTRO
+
+step "1. What the Help Center offers: its categories." \
+  "hc categories" hc categories
+step "2. The sections of the Account & Billing category." \
+  "hc sections 360000010002" hc sections 360000010002
+step "3. The articles of one section, with author, date and votes." \
+  "hc articles 360000020003" hc articles 360000020003
+step "4. A full-text search, as a user typing into the search box." \
+  'hc search "invoice"' hc search "invoice"
+step "5. Suggestions while the user writes a support request." \
+  'hc suggest "my payment was declined"' hc suggest "my payment was declined"
+step "6. One article, as the reader sees it (the view is recorded for statistics)." \
+  "hc article 360000030017" hc article 360000030017
+step "7. The files offered below that article." \
+  "hc attachments 360000030017" hc attachments 360000030017
+step "8. The reader found it helpful: an up-vote." \
+  "hc upvote 360000030017" hc upvote 360000030017
+step "9. The service's settings for this app, which switch features on and off." \
+  "settings" settings
+step "10. The Help Center's own settings: locale and article voting." \
+  "settings help-center" settings help-center
+step "11. Every command also speaks JSON for scripts." \
+  "--json hc category 360000010002" --json hc category 360000010002
+
 echo
-"$tour" --url "$url" --data-dir "$workdir/data"
+echo "That was the tour. The client is $qvk_binary:"
+echo "\`qvk --help\` lists every command, and \`qvk shell\` runs several in one session."

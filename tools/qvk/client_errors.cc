@@ -1,0 +1,21 @@
+#include "tools/qvk/client_errors.h"
+
+namespace qvk {
+
+using quorvel::platform::Error;
+
+Error ClientErrors::missingUrl() {
+  return Error::withDescription(kDomain, kMissingUrl, "No service URL was given");
+}
+
+Error ClientErrors::noAnswer(std::chrono::milliseconds waited) {
+  return Error::withDescription(
+      kDomain, kNoAnswer, "No answer within " + std::to_string(waited.count() / 1000) + " seconds");
+}
+
+Error ClientErrors::noSettings() {
+  return Error::withDescription(kDomain, kNoSettings,
+                                "The service's settings could not be loaded or decoded");
+}
+
+}  // namespace qvk

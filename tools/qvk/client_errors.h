@@ -1,0 +1,25 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "quorvel/platform/error.h"
+
+namespace qvk {
+
+// Errors that qvk itself reports, in its own domain, next to those of the
+// service and the library.
+class ClientErrors {
+ public:
+  static constexpr const char* kDomain = "qvk";
+  static constexpr long kMissingUrl = 1;
+  static constexpr long kNoAnswer = 2;
+  static constexpr long kNoSettings = 3;
+  static constexpr long kShellSyntax = 4;
+
+  static quorvel::platform::Error missingUrl();
+  static quorvel::platform::Error noAnswer(std::chrono::milliseconds waited);
+  static quorvel::platform::Error noSettings();
+};
+
+}  // namespace qvk

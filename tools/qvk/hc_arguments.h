@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qvk {
+
+// What the `hc` commands were given. Every field is absent unless its
+// argument or option appeared, so that the query objects built from it leave
+// the matching fields unset.
+struct HcArguments {
+  // The command's numeric id: category, section or article.
+  std::optional<std::int64_t> id;
+  // Ids that travel as text: the article id of a vote, a vote id.
+  std::optional<std::string> textId;
+  std::optional<std::string> query;
+  std::optional<std::vector<std::string>> labels;
+  std::optional<std::vector<std::int64_t>> categoryIds;
+  std::optional<std::vector<std::int64_t>> sectionIds;
+  std::optional<std::int64_t> page;
+  std::optional<std::int64_t> perPage;
+};
+
+}  // namespace qvk

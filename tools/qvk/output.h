@@ -1,0 +1,36 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include <boost/json/value.hpp>
+
+#include "quorvel/platform/error.h"
+#include "tools/qvk/table.h"
+
+namespace qvk {
+
+// Where a command's result goes: text (tables, messages) or one JSON
+// document on standard output, errors as text on standard error or as a JSON
+// error document on standard output.
+class Output {
+ public:
+  Output(std::ostream& out, std::ostream& err, bool json, std::string url)
+      : out_(out), err_(err), json_(json), url_(std::move(url)) {}
+
+  bool json() const { return json_; }
+  std::ostream& text() { return out_; }
+
+  void document(const boost::json::value& document);
+  void table(const Table& table);
+  // Returns the exit status for an error, 1.
+  int error(const quorvel::platform::Error& error);
+
+ private:
+  std::ostream& out_;
+  std::ostream& err_;
+  bool json_;
+  std::string url_;
+};
+
+}  // namespace qvk

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "quorvel/platform/result.h"
+#include "quorvel/platform/run_loop.h"
+#include "quorvel/quorvel.h"
+#include "tools/qvk/global_options.h"
+
+namespace qvk {
+
+// The core library and the support library for one qvk process: a run loop
+// as the main queue (pumped only while a command waits), the core object with
+// the identity, Support with the locale override. finish() lets what is in
+// flight reach the service, then shuts the core down.
+class Session {
+ public:
+  static constexpr std::chrono::milliseconds kAnswerTimeout{30'000};
+  // How long the main queue must stay quiet before in-flight work counts as done.
+  static constexpr std::chrono::milliseconds kSettleQuiet{250};
+  static constexpr std::chrono::milliseconds kSettleLimit{3'000};
+  static constexpr std::chrono::milliseconds kFlushLimit{3'000};
+
+  // An error when no URL was given.
+  static quorvel::platform::Result<std::unique_ptr<Session>> open(const GlobalOptions& options);
+
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  const std::shared_ptr<quorvel::Quorvel>& core() const { return core_; }
+  const std::string& url() const { return url_; }
+  std::chrono::milliseconds answerTimeout() const { return answerTimeout_; }
+  void setAnswerTimeout(std::chrono::milliseconds timeout) { answerTimeout_ = timeout; }
+
+  // Pumps the main queue until done() or the answer timeout; done()'s value.
+  bool waitUntil(const std::function<bool()>& done);
+
+  // Pumps until the main queue has been quiet for a moment (bounded), sends
+  // the queued blips (bounded) and shuts the core down. Idempotent.
+  void finish();
+
+ private:
+  Session(std::shared_ptr<quorvel::platform::RunLoop> loop, std::shared_ptr<quorvel::Quorvel> core,
+          std::string url)
+      : loop_(std::move(loop)), core_(std::move(core)), url_(std::move(url)) {}
+
+  void settle();
+  void flushBlips();
+
+  std::shared_ptr<quorvel::platform::RunLoop> loop_;
+  std::shared_ptr<quorvel::Quorvel> core_;
+  std::string url_;
+  std::chrono::milliseconds answerTimeout_ = kAnswerTimeout;
+  bool finished_ = false;
+};
+
+}  // namespace qvk

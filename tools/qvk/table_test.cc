@@ -1,0 +1,72 @@
+#include "tools/qvk/table.h"
+
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+namespace qvk {
+namespace {
+
+std::string printed(const Table& table) {
+  std::ostringstream out;
+  table.print(out);
+  return out.str();
+}
+
+TEST(Table, AlignsColumnsAndCountsRows) {
+  Table table({{"ID", 10, true}, {"NAME", 20}}, "category", "categories");
+  table.addRow({"7", "General"});
+  table.addRow({"360000010001", "Billing"});
+  // The id column is wider than its limit allows, so the id is cut too.
+  EXPECT_EQ(printed(table),
+            "        ID  NAME\n"
+            "         7  General\n"
+            "360000010\xE2\x80\xA6  Billing\n"
+            "2 categories\n");
+}
+
+TEST(Table, SingularCountAndNoHeaderWhenEmpty) {
+  Table one({{"A", 5}}, "vote", "votes");
+  one.addRow({"x"});
+  EXPECT_EQ(printed(one), "A\nx\n1 vote\n");
+  Table none({{"A", 5}}, "vote", "votes");
+  EXPECT_EQ(printed(none), "0 votes\n");
+}
+
+TEST(Table, CountsCharactersNotBytes) {
+  Table table({{"NAME", 20}, {"N", 3}}, "row", "rows");
+  table.addRow({"Größe", "1"});
+  table.addRow({"Size", "2"});
+  EXPECT_EQ(printed(table), "NAME   N\nGröße  1\nSize   2\n2 rows\n");
+}
+
+TEST(Table, MissingCellsAreBlankAndLineBreaksFlattened) {
+  Table table({{"A", 10}, {"B", 10}}, "row", "rows");
+  table.addRow({"x\ny"});
+  EXPECT_EQ(printed(table), "A    B\nx y\n1 row\n");
+}
+
+struct TruncateCase {
+  std::string text;
+  std::size_t width;
+  std::string expected;
+};
+
+class TableTruncate : public ::testing::TestWithParam<TruncateCase> {};
+
+TEST_P(TableTruncate, CutsWithAnEllipsisOnCharacterBoundaries) {
+  EXPECT_EQ(Table::truncate(GetParam().text, GetParam().width), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, TableTruncate,
+                         ::testing::Values(TruncateCase{"short", 10, "short"},
+                                           TruncateCase{"exactly10!", 10, "exactly10!"},
+                                           TruncateCase{"eleven char", 10, "eleven ch\xE2\x80\xA6"},
+                                           // A trailing blank before the ellipsis is dropped.
+                                           TruncateCase{"ab cd", 4, "ab\xE2\x80\xA6"},
+                                           // Never splits a multi-byte character.
+                                           TruncateCase{"äöüäöü", 4, "äöü\xE2\x80\xA6"},
+                                           TruncateCase{"abc", 0, ""}));
+
+}  // namespace
+}  // namespace qvk
