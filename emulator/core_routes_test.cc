@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstdio>
 #include <string>
 
@@ -173,6 +174,17 @@ TEST_F(Core, DemoIdentityIsPublished) {
   auto a = get("/_emulator/demo_identity");
   EXPECT_EQ(at(a.json, "jwt"), boost::json::value(kDemoJwt));
   EXPECT_EQ(at(a.json, "email"), "demo@example.com");
+}
+
+class SlowService : public EmulatorTest {
+  void tune(EmulatorOptions& o) override { o.latencyMs = 120; }
+};
+
+TEST_F(SlowService, LatencyDelaysServiceAnswersOnly) {
+  auto t0 = std::chrono::steady_clock::now();
+  EXPECT_EQ(get("/api/mobile/sdk/settings/app.json").status, 200);
+  auto elapsed = std::chrono::steady_clock::now() - t0;
+  EXPECT_GE(elapsed, std::chrono::milliseconds(120));
 }
 
 class EmptySeed : public EmulatorTest {

@@ -34,5 +34,7 @@ int TunedHttpServer::bindWithBacklog(const std::string& host, int port, int back
 // synchronisation inside it (and in the libstdc++ code it inlines, such as
 // the locale caches its regex routing fills) is invisible and reported as
 // races between worker threads. Our own code stays checked.
-extern "C" const char* __tsan_default_suppressions() { return "race:libcpp-httplib.so\n"; }
+extern "C" const char* __tsan_default_suppressions() {
+  return "race:libcpp-httplib.so\n";
+}
 #endif
