@@ -36,6 +36,10 @@ struct FaultCase {
   long domainCode;  // expected error code
 };
 
+void PrintTo(const FaultCase& c, std::ostream* os) {
+  *os << c.name;
+}
+
 class HelpCenterProviderFaultTest : public HelpCenterProviderErrorsTest,
                                     public ::testing::WithParamInterface<FaultCase> {};
 

@@ -125,7 +125,9 @@ std::vector<QVKHelpCenterArticle> parseSearchResults(const boost::json::object& 
 }
 
 // The operations proper. They take the context by value so that nothing in
-// flight refers to the provider.
+// flight refers to the provider. A locale that could not be resolved (no
+// settings and no preferred language) goes into paths as empty text, the same
+// as the explicit forms receive it from the convenience forms.
 struct Operations {
   static void categories(const Context& ctx, const std::string& locale,
                          QVKHelpCenterCallback<QVKHelpCenterCategory> cb) {
@@ -237,7 +239,7 @@ struct Operations {
           "/api/v2/help_center/articles/search.json?query=%@&include=sections,categories,users&"
           "per_page=100&label_names=%@&locale=%@&origin=mobile_sdk&"
           "respect_sanitization_settings=true",
-          UrlEncoding::legacyEscape(*query), joined(labels), locale);
+          UrlEncoding::legacyEscape(*query), joined(labels), locale.value_or(""));
       request.success = QV_HC_SearchSuccess;
       request.parse = &parseSearchResults;
       request.onAnswer = [query](const boost::json::object& json) {
@@ -384,8 +386,8 @@ struct Operations {
       return;
     ctx.localeForRequest([ctx, query = model.formQueryString(),
                           cb](std::optional<std::string> locale) {
-      auto urlRequest = ctx.baseRequest(
-          StringFormat::format("/hc/api/mobile/%@/article_tree.json%@", locale, query));
+      auto urlRequest = ctx.baseRequest(StringFormat::format(
+          "/hc/api/mobile/%@/article_tree.json%@", locale.value_or(""), query));
       auto onSuccess = [ctx, cb](QVKDispatcherResponse response) {
         auto tree = HelpCenterCategoryViewModelContainer::parseWithData(response.data.value_or(""));
         if (tree.ok()) {
@@ -412,8 +414,8 @@ struct Operations {
       ListRequest<QVKHelpCenterAttachment> request;
       // "&per_page" without a "?" is what the service expects on this path.
       request.path = StringFormat::format(
-          "/api/v2/help_center/%@/articles/%@/attachments/block.json&per_page=100", locale,
-          articleId);
+          "/api/v2/help_center/%@/articles/%@/attachments/block.json&per_page=100",
+          locale.value_or(""), articleId);
       request.success = QV_HC_AttachmentsUpdated;
       request.failures = {QV_HC_AttachmentsErrored, QV_HC_RequestError};
       request.parse = &QVKHelpCenterAttachment::parseAttachments;
@@ -433,8 +435,8 @@ struct Operations {
       return;
     ctx.localeForRequest([ctx, article = *article, cb](std::optional<std::string> locale) {
       auto urlRequest = ctx.baseRequestWithURL(
-          StringFormat::format("/api/v2/help_center/%@/articles/%@/stats/view.json", locale,
-                               article.identifier),
+          StringFormat::format("/api/v2/help_center/%@/articles/%@/stats/view.json",
+                               locale.value_or(""), article.identifier),
           "POST");
       if (auto body = QVKHelpCenterSessionCache::recordArticleViewRequestJson()) {
         urlRequest.httpBody = boost::json::serialize(*body);
