@@ -4,13 +4,11 @@
 
 namespace qvk {
 
-boost::json::value JsonOutput::errorDocument(const quorvel::platform::Error& error,
-                                             const std::string& hint) {
-  boost::json::object body{{"domain", error.domain},
-                           {"code", error.code},
-                           {"description", error.localizedDescription()}};
-  if (!hint.empty()) body["hint"] = hint;
-  return boost::json::object{{"error", std::move(body)}};
+boost::json::value JsonOutput::errorDocument(const quorvel::platform::Error& error) {
+  return boost::json::object{
+      {"error", boost::json::object{{"domain", error.domain},
+                                    {"code", error.code},
+                                    {"description", error.localizedDescription()}}}};
 }
 
 std::string JsonOutput::serialize(const boost::json::value& document) {

@@ -11,10 +11,8 @@ namespace qvk {
 // The JSON documents qvk prints with --json.
 class JsonOutput {
  public:
-  // {"error": {"domain": ..., "code": ..., "description": ...}}, plus "hint"
-  // when there is one.
-  static boost::json::value errorDocument(const quorvel::platform::Error& error,
-                                          const std::string& hint);
+  // {"error": {"domain": ..., "code": ..., "description": ...}}.
+  static boost::json::value errorDocument(const quorvel::platform::Error& error);
   // The document as one line of text.
   static std::string serialize(const boost::json::value& document);
 };

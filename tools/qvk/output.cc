@@ -18,7 +18,9 @@ void Output::table(const Table& table) {
 int Output::error(const quorvel::platform::Error& error) {
   auto hint = ErrorHints::hintFor(error, url_);
   if (json_) {
-    document(JsonOutput::errorDocument(error, hint));
+    // The document is for scripts; the hint is for the person running them.
+    document(JsonOutput::errorDocument(error));
+    if (!hint.empty()) err_ << "hint: " << hint << '\n' << std::flush;
   } else {
     err_ << "error: " << error.localizedDescription() << " (domain " << error.domain << ", code "
          << error.code << ")\n";

@@ -11,8 +11,9 @@
 namespace qvk {
 
 // Where a command's result goes: text (tables, messages) or one JSON
-// document on standard output, errors as text on standard error or as a JSON
-// error document on standard output.
+// document on standard output. Errors go as text to standard error, or with
+// --json as a JSON error document to standard output; a hint of what to do
+// next goes to standard error either way.
 class Output {
  public:
   Output(std::ostream& out, std::ostream& err, bool json, std::string url)

@@ -1,5 +1,6 @@
 #include "tools/qvk/overview_tree.h"
 
+#include "quorvel/platform/html_text.h"
 #include "tools/qvk/table.h"
 
 namespace qvk {
@@ -8,24 +9,34 @@ namespace {
 
 constexpr std::size_t kTitleWidth = 70;
 
+std::string count(std::int64_t n, const char* singular, const char* plural) {
+  return std::to_string(n) + " " + (n == 1 ? singular : plural);
+}
+
+// The tree carries names as the service wrote them, entities included; a
+// reader wants them decoded. --json keeps them as they came.
+std::string title(const std::string& name) {
+  auto plain = quorvel::platform::HtmlText::toPlainText(name);
+  return Table::truncate(plain.value_or(name), kTitleWidth);
+}
+
 }  // namespace
 
 void OverviewTree::print(std::ostream& out, const Categories& categories) {
   for (const auto& category : categories) {
     if (!category) continue;
-    out << Table::truncate(category->name(), kTitleWidth) << "  [category " << category->id()
-        << ", " << category->section_count() << " sections]\n";
+    out << title(category->name()) << "  [category " << category->id() << ", "
+        << count(category->section_count(), "section", "sections") << "]\n";
     for (const auto& section : category->sections()) {
-      out << "  " << Table::truncate(section.name(), kTitleWidth) << "  [section " << section.id()
-          << ", " << section.articles().size() << " of " << section.article_count()
-          << " articles]\n";
+      out << "  " << title(section.name()) << "  [section " << section.id() << ", "
+          << section.articles().size() << " of "
+          << count(section.article_count(), "article", "articles") << "]\n";
       for (const auto& article : section.articles()) {
-        out << "    - " << Table::truncate(article.name(), kTitleWidth) << "  [" << article.id()
-            << "]\n";
+        out << "    - " << title(article.name()) << "  [" << article.id() << "]\n";
       }
     }
   }
-  out << categories.size() << (categories.size() == 1 ? " category" : " categories") << '\n';
+  out << count(static_cast<std::int64_t>(categories.size()), "category", "categories") << '\n';
 }
 
 boost::json::value OverviewTree::toJson(const Categories& categories) {
