@@ -157,6 +157,31 @@ TEST_F(QvkProcess, ShellRecordsTheArticleViewWithTheLastSearch) {
   EXPECT_TRUE(recorded) << boost::json::serialize(views);
 }
 
+TEST_F(QvkProcess, ArticleViewAndItsBlipReachTheServiceBeforeExit) {
+  const std::int64_t articleId = 360000030017;
+  auto result = qvk({"hc", "article", std::to_string(articleId)});
+  ASSERT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out.rfind("Download invoices\n", 0), 0u) << result.out;
+
+  // The view is recorded after the answer, and its blip only after the view
+  // was accepted: both must have left before the process ended.
+  bool viewed = false;
+  auto views = boost::json::parse(emulator_->get("/_emulator/article_views").body);
+  for (const auto& view : views.as_object().at("article_views").as_array()) {
+    viewed = viewed || view.as_object().at("article_id").as_int64() == articleId;
+  }
+  EXPECT_TRUE(viewed);
+  bool blipped = false;
+  auto blips = boost::json::parse(emulator_->get("/_emulator/blips").body);
+  for (const auto& blip : blips.as_object().at("blips").as_array()) {
+    const auto& b = blip.as_object();
+    const auto* pageId = b.if_contains("page_id");
+    blipped = blipped || (b.at("type").as_string() == "page_view" && pageId != nullptr &&
+                          pageId->as_int64() == articleId);
+  }
+  EXPECT_TRUE(blipped) << boost::json::serialize(blips);
+}
+
 TEST_F(QvkProcess, ShellKeepsGoingAfterABadLine) {
   auto session = qvk({"--json", "shell"}, "hc search 'unterminated\nhc category x\nsettings\n");
   EXPECT_EQ(session.status, 2);
