@@ -15,7 +15,6 @@ class ClientErrors {
   static constexpr long kMissingUrl = 1;
   static constexpr long kNoAnswer = 2;
   static constexpr long kNoSettings = 3;
-  static constexpr long kShellSyntax = 4;
 
   static quorvel::platform::Error missingUrl();
   static quorvel::platform::Error noAnswer(std::chrono::milliseconds waited);
