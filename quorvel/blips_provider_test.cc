@@ -14,6 +14,14 @@ constexpr const char* kBlipsPath = "/api/mobile/sdk/blips.json";
 
 class BlipsProviderTest : public CoreTest {
  protected:
+  // Long enough that a burst sent from a test on a loaded machine still
+  // falls inside one coalescing window.
+  QuorvelOptions options() override {
+    auto o = CoreTest::options();
+    o.blipDelay = std::chrono::milliseconds(300);
+    return o;
+  }
+
   void SetUp() override {
     CoreTest::SetUp();
     server_.Post(kBlipsPath, [this](const httplib::Request&, httplib::Response& res) {

@@ -40,31 +40,65 @@ std::size_t sizeOf(const HttpCacheEntry& entry) {
 HttpCache::HttpCache(std::filesystem::path file) : HttpCache(std::move(file), Limits{}) {}
 
 HttpCache::HttpCache(std::filesystem::path file, Limits limits)
-    : limits_(limits), db_(std::make_unique<SqliteDatabase>(std::move(file), kSchema)) {}
+    : limits_(limits), db_(std::make_unique<SqliteDatabase>(std::move(file), kSchema)) {
+  loadDiskKeys();
+  writer_ = std::thread([this] { runWriter(); });
+}
 
-HttpCache::~HttpCache() = default;
+HttpCache::~HttpCache() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  wake_.notify_all();
+  writer_.join();  // the writer empties the queue before it ends
+}
 
 std::shared_ptr<const HttpCacheEntry> HttpCache::lookup(const std::string& key) {
-  std::lock_guard lock(mutex_);
-  if (const auto it = index_.find(key); it != index_.end()) {
-    lru_.splice(lru_.begin(), lru_, it->second);
-    return it->second->second;
+  {
+    std::lock_guard lock(mutex_);
+    if (const auto it = index_.find(key); it != index_.end()) {
+      lru_.splice(lru_.begin(), lru_, it->second);
+      return it->second->second;
+    }
+    if (const auto it = pending_.find(key); it != pending_.end()) return it->second;
+    if (!diskKeys_.contains(key)) return nullptr;  // a miss costs no query
   }
-  auto entry = loadFromDisk(key);
-  if (entry) remember(key, entry);
+  std::shared_ptr<const HttpCacheEntry> entry;
+  {
+    // A batch the writer took is in the file by the time this lock is ours.
+    std::lock_guard db(dbMutex_);
+    entry = loadFromDisk(key);
+  }
+  if (entry) {
+    std::lock_guard lock(mutex_);
+    remember(key, entry);
+  }
   return entry;
 }
 
 void HttpCache::store(const std::string& key, HttpCacheEntry entry) {
   auto shared = std::make_shared<const HttpCacheEntry>(std::move(entry));
-  std::lock_guard lock(mutex_);
-  writeToDisk(key, *shared);
-  remember(key, std::move(shared));
+  {
+    std::lock_guard lock(mutex_);
+    remember(key, shared);
+    diskKeys_.insert(key);
+    pending_[key] = std::move(shared);
+  }
+  wake_.notify_one();
+}
+
+void HttpCache::flush() {
+  std::unique_lock lock(mutex_);
+  written_.wait(lock, [this] { return pending_.empty() && !writing_; });
 }
 
 void HttpCache::remove(const std::string& key) {
   std::lock_guard lock(mutex_);
   forget(key);
+  pending_.erase(key);
+  if (diskKeys_.erase(key) == 0) return;  // never stored: nothing to delete
+  std::lock_guard db(dbMutex_);
   SqliteStatement del(db_->handle(), "DELETE FROM responses WHERE key = ?1");
   del.bind(1, key);
   del.run();
@@ -75,7 +109,52 @@ void HttpCache::clear() {
   lru_.clear();
   index_.clear();
   memoryBytes_ = 0;
+  pending_.clear();
+  diskKeys_.clear();
+  std::lock_guard db(dbMutex_);
   db_->execute("DELETE FROM responses");
+}
+
+void HttpCache::runWriter() {
+  std::unique_lock lock(mutex_);
+  for (;;) {
+    wake_.wait(lock, [this] { return stopping_ || !pending_.empty(); });
+    if (pending_.empty()) return;  // stopping, and everything is written
+    Pending batch;
+    batch.swap(pending_);
+    writing_ = true;
+    const bool trim = diskKeys_.size() > limits_.diskEntries;
+    // Taken before the state lock is let go, so that a lookup that no longer
+    // finds these entries pending waits for them to be in the file.
+    std::unique_lock db(dbMutex_);
+    lock.unlock();
+    writeBatch(batch);
+    if (trim) {
+      // Keeps the file bounded: the entries stored longest ago go first.
+      SqliteStatement drop(db_->handle(),
+                           "DELETE FROM responses WHERE key IN (SELECT key FROM responses "
+                           "ORDER BY stored_at DESC LIMIT -1 OFFSET ?1)");
+      drop.bind(1, static_cast<std::int64_t>(limits_.diskEntries));
+      drop.run();
+    }
+    db.unlock();
+    if (trim) loadDiskKeys();
+    lock.lock();
+    writing_ = false;
+    written_.notify_all();
+  }
+}
+
+void HttpCache::loadDiskKeys() {
+  std::unordered_set<std::string> keys;
+  {
+    std::lock_guard db(dbMutex_);
+    SqliteStatement select(db_->handle(), "SELECT key FROM responses");
+    while (select.step()) keys.insert(select.text(0));
+  }
+  std::lock_guard lock(mutex_);
+  for (const auto& [key, entry] : pending_) keys.insert(key);
+  diskKeys_.swap(keys);
 }
 
 std::shared_ptr<const HttpCacheEntry> HttpCache::loadFromDisk(const std::string& key) {
@@ -94,24 +173,23 @@ std::shared_ptr<const HttpCacheEntry> HttpCache::loadFromDisk(const std::string&
   return entry;
 }
 
-void HttpCache::writeToDisk(const std::string& key, const HttpCacheEntry& entry) {
+void HttpCache::writeBatch(const Pending& batch) {
+  db_->execute("BEGIN");
   SqliteStatement upsert(db_->handle(),
                          "INSERT OR REPLACE INTO responses (key, url, http_version, headers, "
                          "body, stored_at, fresh_until) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)");
-  upsert.bind(1, key);
-  upsert.bind(2, entry.url);
-  upsert.bind(3, entry.httpVersion);
-  upsert.bind(4, headersToJson(entry.headers));
-  upsert.bindBlob(5, entry.body);
-  upsert.bind(6, entry.storedAt);
-  upsert.bind(7, entry.freshUntil);
-  upsert.run();
-  // Keeps the file bounded: the entries stored longest ago go first.
-  SqliteStatement trim(db_->handle(),
-                       "DELETE FROM responses WHERE key IN (SELECT key FROM responses "
-                       "ORDER BY stored_at DESC LIMIT -1 OFFSET ?1)");
-  trim.bind(1, static_cast<std::int64_t>(limits_.diskEntries));
-  trim.run();
+  for (const auto& [key, entry] : batch) {
+    upsert.bind(1, key);
+    upsert.bind(2, entry->url);
+    upsert.bind(3, entry->httpVersion);
+    upsert.bind(4, headersToJson(entry->headers));
+    upsert.bindBlob(5, entry->body);
+    upsert.bind(6, entry->storedAt);
+    upsert.bind(7, entry->freshUntil);
+    upsert.run();
+    upsert.reset();
+  }
+  db_->execute("COMMIT");
 }
 
 void HttpCache::remember(const std::string& key, std::shared_ptr<const HttpCacheEntry> entry) {
