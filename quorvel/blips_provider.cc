@@ -108,7 +108,9 @@ void BlipsProvider::run() {
     if (sendAt_) {
       wake_.wait_until(lock, *sendAt_, due);
     } else {
-      wake_.wait(lock, due);
+      // A send time appearing also ends this wait, so that the loop comes
+      // back to wait for that time rather than for another notification.
+      wake_.wait(lock, [&] { return due() || sendAt_.has_value(); });
     }
     if (stopping_) break;
     if (!due()) continue;

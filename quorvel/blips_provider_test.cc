@@ -64,7 +64,8 @@ TEST_F(BlipsProviderTest, ABurstGoesInOneBatchWithItsFields) {
              BlipsGroup::behavioural);
   blips.send(PageView("1.0", "dravik", "https://h/a/1", "Title", "en", 9007199254740993, "en-us"),
              BlipsGroup::pathfinder);
-  ASSERT_TRUE(waitFor([&] { return server_.count(kBlipsPath) == 1; }));
+  ASSERT_TRUE(waitFor([&] { return server_.count(kBlipsPath) == 1; }))
+      << "batches sent: " << server_.count(kBlipsPath) << ", pending: " << blips.pendingCount();
   EXPECT_FALSE(flush());
   ASSERT_EQ(server_.count(kBlipsPath), 1u);
 
