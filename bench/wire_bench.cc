@@ -247,7 +247,10 @@ std::optional<Figure> readB1(const std::string& file) {
     const auto& o = b.as_object();
     if (o.at("aggregate_name") != "median") continue;
     const std::string name(o.at("run_name").as_string());
-    const double cpu = o.at("cpu_time").to_number<double>();
+    // Google Benchmark states its unit per run; the table is in microseconds.
+    const std::string unit(o.at("time_unit").as_string());
+    const double scale = unit == "ns" ? 1e-3 : unit == "ms" ? 1e3 : unit == "s" ? 1e6 : 1.0;
+    const double cpu = o.at("cpu_time").to_number<double>() * scale;
     if (name.find("BM_BoostJsonParse") == 0) bare = cpu;
     if (name.find("BM_HelpCenterParse") == 0) library = cpu;
   }

@@ -31,6 +31,8 @@ HttpHeaderFields headersFromJson(const std::string& text) {
   return headers;
 }
 
+constexpr std::chrono::milliseconds kWriteDelay{100};
+
 std::size_t sizeOf(const HttpCacheEntry& entry) {
   return entry.body.size() + entry.url.size() + 64 * entry.headers.size();
 }
@@ -90,6 +92,8 @@ void HttpCache::store(const std::string& key, HttpCacheEntry entry) {
 
 void HttpCache::flush() {
   std::unique_lock lock(mutex_);
+  flushRequested_ = true;
+  wake_.notify_all();
   written_.wait(lock, [this] { return pending_.empty() && !writing_; });
 }
 
@@ -120,6 +124,10 @@ void HttpCache::runWriter() {
   for (;;) {
     wake_.wait(lock, [this] { return stopping_ || !pending_.empty(); });
     if (pending_.empty()) return;  // stopping, and everything is written
+    // Lets the answer that was just stored reach its caller first, and
+    // gathers what else arrives meanwhile into the same transaction.
+    wake_.wait_for(lock, kWriteDelay, [this] { return stopping_ || flushRequested_; });
+    flushRequested_ = false;
     Pending batch;
     batch.swap(pending_);
     writing_ = true;

@@ -22,8 +22,9 @@ class SqliteDatabase;
 // Answers are on the transport's critical path, so neither a store nor a
 // miss waits for the disk: a stored entry is in memory at once and written
 // to the file by a writer thread of the cache (in batches, one transaction
-// each), and the keys that are on disk are known in memory, so a miss costs
-// no query. Safe from any thread.
+// each, a little after the answer has gone out, so that the disk work does
+// not compete with it for the processor), and the keys that are on disk are known in memory, so a
+// miss costs no query. Safe from any thread.
 class HttpCache {
  public:
   struct Limits {
@@ -67,6 +68,7 @@ class HttpCache {
   std::unordered_set<std::string> diskKeys_;  // on disk, or on their way there
   Pending pending_;                           // stored, not yet handed to the writer
   bool writing_ = false;
+  bool flushRequested_ = false;
   bool stopping_ = false;
   std::thread writer_;
   Lru lru_;
