@@ -13,11 +13,8 @@ velmaro_library(NAME quorvel_core
   PRIVATE_LIBS CURL::libcurl SQLite::SQLite3 fmt::fmt)
 
 if(VELMARO_BUILD_TESTS AND CORE_TESTS)
-  # The tests talk to a cpp-httplib server on loopback. On a re-configure
-  # HTTPLIB_FOUND may be cached while the imported target is not made again.
-  if(NOT TARGET PkgConfig::HTTPLIB)
-    pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
-  endif()
+  # The tests talk to a cpp-httplib server on loopback (found in
+  # cmake/VelmaroDependencies.cmake).
   velmaro_test(NAME quorvel_core_tests
     SOURCES ${CORE_TESTS}
     LIBS quorvel_core PkgConfig::HTTPLIB SQLite::SQLite3 fmt::fmt
