@@ -18,8 +18,8 @@ json::object toJson(const Fault& fault) {
 
 namespace {
 
-std::string readInt(const json::object& spec, const char* key, int min, int max, int& out) {
-  const auto* v = spec.if_contains(key);
+std::string readInt(const json::object& faultJson, const char* key, int min, int max, int& out) {
+  const auto* v = faultJson.if_contains(key);
   if (!v) return {};
   if (!v->is_int64() || v->as_int64() < min || v->as_int64() > max)
     return std::string(key) + " must be an integer from " + std::to_string(min) + " to " +
@@ -28,8 +28,8 @@ std::string readInt(const json::object& spec, const char* key, int min, int max,
   return {};
 }
 
-std::string readBool(const json::object& spec, const char* key, bool& out) {
-  const auto* v = spec.if_contains(key);
+std::string readBool(const json::object& faultJson, const char* key, bool& out) {
+  const auto* v = faultJson.if_contains(key);
   if (!v) return {};
   if (!v->is_bool()) return std::string(key) + " must be a boolean";
   out = v->as_bool();
@@ -38,16 +38,16 @@ std::string readBool(const json::object& spec, const char* key, bool& out) {
 
 }  // namespace
 
-std::string FaultInjector::add(const json::object& spec, Fault& added) {
+std::string FaultInjector::add(const json::object& faultJson, Fault& added) {
   Fault f;
   std::string error;
-  if (error.empty()) error = readInt(spec, "count", 1, 1000000, f.remaining);
-  if (error.empty()) error = readInt(spec, "status", 100, 599, f.status);
-  if (error.empty()) error = readInt(spec, "delay_ms", 0, 60000, f.delayMs);
-  if (error.empty()) error = readBool(spec, "drop", f.drop);
-  if (error.empty()) error = readBool(spec, "malformed", f.malformed);
+  if (error.empty()) error = readInt(faultJson, "count", 1, 1000000, f.remaining);
+  if (error.empty()) error = readInt(faultJson, "status", 100, 599, f.status);
+  if (error.empty()) error = readInt(faultJson, "delay_ms", 0, 60000, f.delayMs);
+  if (error.empty()) error = readBool(faultJson, "drop", f.drop);
+  if (error.empty()) error = readBool(faultJson, "malformed", f.malformed);
   if (!error.empty()) return error;
-  if (const auto* p = spec.if_contains("path_prefix")) {
+  if (const auto* p = faultJson.if_contains("path_prefix")) {
     if (!p->is_string()) return "path_prefix must be a string";
     f.pathPrefix = std::string(p->as_string());
   }

@@ -28,7 +28,7 @@ class FaultInjector {
  public:
   // Parses {"count", "status", "delay_ms", "drop", "malformed", "path_prefix"};
   // answers an error text, or "" and the stored fault in `added`.
-  std::string add(const boost::json::object& spec, Fault& added);
+  std::string add(const boost::json::object& faultJson, Fault& added);
   std::optional<Fault> take(const std::string& path);
   void reset();
   boost::json::array list() const;

@@ -105,15 +105,15 @@ void ProviderService::perform(Callback callback) const {
             platform::TransportError::make(platform::TransportErrorCode::kBadURL, urlComponent_));
     return;
   }
-  RequestExecutor::Spec spec;
-  spec.url = urlComponent_;
-  spec.method = httpMethod_;
-  spec.requiresAuth = requiresAuth_;
-  spec.headers = headers();
-  spec.clientHeaders = clientIdentificationHeaders();
-  spec.body = body_;
-  spec.cachingDelegate = cachingDelegate_;
-  services->executor().execute(std::move(spec), std::move(deliver));
+  RequestExecutor::Job job;
+  job.url = urlComponent_;
+  job.method = httpMethod_;
+  job.requiresAuth = requiresAuth_;
+  job.headers = headers();
+  job.clientHeaders = clientIdentificationHeaders();
+  job.body = body_;
+  job.cachingDelegate = cachingDelegate_;
+  services->executor().execute(std::move(job), std::move(deliver));
 }
 
 }  // namespace quorvel

@@ -39,7 +39,7 @@ CachedURLResponse transformed(const std::shared_ptr<CachedHTTPURLResponseDelegat
 }  // namespace
 
 struct RequestExecutor::Call {
-  Spec spec;
+  Job job;
   Completion completion;
   std::string cacheKey;  // empty: the cache is not used
   std::shared_ptr<const HttpCacheEntry> revalidating;
@@ -50,18 +50,18 @@ std::string RequestExecutor::cacheKey(const std::string& url, const std::string&
   return scope.empty() ? url : url + "\n" + scope;
 }
 
-void RequestExecutor::execute(Spec spec, Completion completion) {
+void RequestExecutor::execute(Job job, Completion completion) {
   auto call = std::make_shared<Call>();
-  call->spec = std::move(spec);
+  call->job = std::move(job);
   call->completion = std::move(completion);
   const auto identity = services_.identity();
 
   // A request that carries its own validator wants the server's answer
   // (a 304 included), not ours.
-  if (call->spec.method == HttpMethod::get && !hasHeader(call->spec.headers, "If-None-Match")) {
+  if (call->job.method == HttpMethod::get && !hasHeader(call->job.headers, "If-None-Match")) {
     std::string scope;
-    if (call->spec.requiresAuth) scope = identity ? identity->scope() : std::string("none");
-    call->cacheKey = cacheKey(call->spec.url, scope);
+    if (call->job.requiresAuth) scope = identity ? identity->scope() : std::string("none");
+    call->cacheKey = cacheKey(call->job.url, scope);
     if (auto entry = services_.httpCache().lookup(call->cacheKey)) {
       if (entry->isFresh(nowSeconds())) {
         answerFromCache(*call, *entry);
@@ -71,17 +71,17 @@ void RequestExecutor::execute(Spec spec, Completion completion) {
     }
   }
 
-  if (!call->spec.requiresAuth) {
+  if (!call->job.requiresAuth) {
     send(std::move(call), std::nullopt);
     return;
   }
   if (!identity) {
     CoreLogger::warn(fmt::format(
-        "{} needs authentication but no identity is set; sending it without", call->spec.url));
+        "{} needs authentication but no identity is set; sending it without", call->job.url));
     send(std::move(call), std::nullopt);
     return;
   }
-  auto headers = call->spec.clientHeaders;
+  auto headers = call->job.clientHeaders;
   services_.tokens().withToken(
       identity, std::move(headers), [this, call](AccessTokenManager::Outcome outcome) mutable {
         if (outcome.token) {
@@ -96,10 +96,10 @@ void RequestExecutor::execute(Spec spec, Completion completion) {
 
 void RequestExecutor::send(std::shared_ptr<Call> call, std::optional<std::string> token) {
   TransportRequest request;
-  request.url = call->spec.url;
-  request.method = call->spec.method;
-  request.headers = call->spec.headers;
-  request.body = call->spec.body;
+  request.url = call->job.url;
+  request.method = call->job.method;
+  request.headers = call->job.headers;
+  request.body = call->job.body;
   if (token) request.headers.emplace_back("Authorization", "Bearer " + *token);
   if (call->revalidating) {
     request.headers.emplace_back("If-None-Match", *call->revalidating->etag());
@@ -126,7 +126,7 @@ void RequestExecutor::handle(const std::shared_ptr<Call>& call,
     refreshAfterNotModified(*call, answer);
     return;
   }
-  const std::string url = answer.url.empty() ? call->spec.url : answer.url;
+  const std::string url = answer.url.empty() ? call->job.url : answer.url;
   auto response =
       HTTPURLResponse::make(url, answer.statusCode, answer.httpVersion, std::move(answer.headers));
   if (!response) {
@@ -140,9 +140,9 @@ void RequestExecutor::handle(const std::shared_ptr<Call>& call,
 }
 
 void RequestExecutor::answerFromCache(const Call& call, const HttpCacheEntry& entry) {
-  auto response = HTTPURLResponse::make(call.spec.url, 200, entry.httpVersion, entry.headers);
+  auto response = HTTPURLResponse::make(call.job.url, 200, entry.httpVersion, entry.headers);
   if (!response) {
-    call.completion(std::nullopt, std::nullopt, badResponse(call.spec.url));
+    call.completion(std::nullopt, std::nullopt, badResponse(call.job.url));
     return;
   }
   std::optional<std::string> body;
@@ -153,7 +153,7 @@ void RequestExecutor::answerFromCache(const Call& call, const HttpCacheEntry& en
 void RequestExecutor::storeAnswer(const Call& call, const HTTPURLResponse& response,
                                   const std::string& body) {
   if (response.statusCode() != 200) return;
-  const auto cached = transformed(call.spec.cachingDelegate, CachedURLResponse(response, body));
+  const auto cached = transformed(call.job.cachingDelegate, CachedURLResponse(response, body));
   if (auto entry = HttpCacheEntry::fromResponse(cached, nowSeconds())) {
     services_.httpCache().store(call.cacheKey, std::move(*entry));
   } else {
@@ -176,13 +176,13 @@ void RequestExecutor::refreshAfterNotModified(const Call& call,
     }
     headers.insert_or_assign(name, value);
   }
-  auto merged = HTTPURLResponse::make(call.spec.url, 200, stored.httpVersion, std::move(headers));
+  auto merged = HTTPURLResponse::make(call.job.url, 200, stored.httpVersion, std::move(headers));
   if (!merged) {
-    call.completion(std::nullopt, std::nullopt, badResponse(call.spec.url));
+    call.completion(std::nullopt, std::nullopt, badResponse(call.job.url));
     return;
   }
   const auto cached =
-      transformed(call.spec.cachingDelegate, CachedURLResponse(*merged, stored.body));
+      transformed(call.job.cachingDelegate, CachedURLResponse(*merged, stored.body));
   if (auto entry = HttpCacheEntry::fromResponse(cached, nowSeconds())) {
     services_.httpCache().store(call.cacheKey, *entry);
     answerFromCache(call, *entry);

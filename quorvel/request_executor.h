@@ -30,7 +30,7 @@ class RequestExecutor {
       std::function<void(std::optional<std::string> body, std::optional<HTTPURLResponse> response,
                          std::optional<platform::Error> error)>;
 
-  struct Spec {
+  struct Job {
     std::string url;
     HttpMethod method = HttpMethod::get;
     bool requiresAuth = false;
@@ -44,7 +44,7 @@ class RequestExecutor {
 
   explicit RequestExecutor(CoreServices& services) : services_(services) {}
 
-  void execute(Spec spec, Completion completion);
+  void execute(Job job, Completion completion);
 
   // The cache key of a GET: its URL and, for an authenticated request, the
   // scope of the identity it is made for, so that one user's answers are
