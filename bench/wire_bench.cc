@@ -44,6 +44,7 @@ struct Options {
   int bursts = 15;   // B4 rounds of 200
   int inFlight = 200;
   bool diagnose = false;
+  bool quartiles = false;  // B2's spread, by position in the pair
 };
 
 double median(std::vector<double> v) {
@@ -340,14 +341,15 @@ int main(int argc, char** argv) {
       return 0;
     }
 
-    // B2: interleaved pairs, the order alternating, the cache emptied
-    // (untimed) before each library call so that every one goes to the network.
+    // B2: interleaved pairs in alternating order. The cache is emptied
+    // (untimed) before each pair, so that the library's call goes to the
+    // network, and both calls of a pair come equally soon after that work.
     std::vector<double> rawTimes;
     std::vector<double> callTimes;
     for (int i = 0; i < o.rounds; ++i) {
+      library.clearCache();
       auto rawCall = [&] { rawTimes.push_back(timeMicros([&] { return raw.get(url); }, ok)); };
       auto libCall = [&] {
-        library.clearCache();
         callTimes.push_back(timeMicros([&] { return library.categories(1); }, ok));
       };
       if (i % 2 == 0) {
@@ -357,6 +359,25 @@ int main(int argc, char** argv) {
         libCall();
         rawCall();
       }
+    }
+    if (o.quartiles) {
+      auto quartiles = [](std::vector<double> v, const char* name) {
+        std::sort(v.begin(), v.end());
+        std::fprintf(stderr, "%s: p10 %.0f p25 %.0f p50 %.0f p75 %.0f p90 %.0f\n", name,
+                     v[v.size() / 10], v[v.size() / 4], v[v.size() / 2], v[v.size() * 3 / 4],
+                     v[v.size() * 9 / 10]);
+      };
+      quartiles(rawTimes, "raw");
+      quartiles(callTimes, "provider");
+      std::vector<double> rawFirst, libFirst, rawSecond, libSecond;
+      for (int i = 0; i < o.rounds; ++i) {
+        (i % 2 == 0 ? rawFirst : rawSecond).push_back(rawTimes[static_cast<std::size_t>(i)]);
+        (i % 2 == 0 ? libSecond : libFirst).push_back(callTimes[static_cast<std::size_t>(i)]);
+      }
+      quartiles(rawFirst, "raw first");
+      quartiles(rawSecond, "raw second");
+      quartiles(libFirst, "provider first");
+      quartiles(libSecond, "provider second");
     }
     const double b2 = median(callTimes);
     const double b2raw = median(rawTimes);

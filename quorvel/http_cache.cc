@@ -128,6 +128,7 @@ void HttpCache::runWriter() {
     // gathers what else arrives meanwhile into the same transaction.
     wake_.wait_for(lock, kWriteDelay, [this] { return stopping_ || flushRequested_; });
     flushRequested_ = false;
+    if (pending_.empty()) continue;  // a clear() came first: nothing to write
     Pending batch;
     batch.swap(pending_);
     writing_ = true;
