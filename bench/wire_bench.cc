@@ -267,23 +267,25 @@ bool parseArgs(int argc, char** argv, Options& o) {
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     auto next = [&]() -> std::string { return i + 1 < argc ? argv[++i] : ""; };
-    if (arg == "--emulator")
+    if (arg == "--emulator") {
       o.emulator = next();
-    else if (arg == "--b1")
+    } else if (arg == "--b1") {
       o.b1File = next();
-    else if (arg == "--out")
+    } else if (arg == "--out") {
       o.outFile = next();
-    else if (arg == "--rounds")
+    } else if (arg == "--rounds") {
       o.rounds = std::stoi(next());
-    else if (arg == "--quick") {
+    } else if (arg == "--quick") {
       o.rounds = 60;
       o.hits = 300;
       o.bursts = 4;
-    } else if (arg == "--diagnose")
+    } else if (arg == "--diagnose") {
       o.diagnose = true;
-    else {
-      std::cerr << "usage: velmaro_wire_bench [--emulator PATH] [--b1 FILE] [--out FILE] [--rounds "
-                   "N] [--quick]\n";
+    } else if (arg == "--quartiles") {
+      o.quartiles = true;
+    } else {
+      std::cerr << "usage: velmaro_wire_bench [--emulator PATH] [--b1 FILE] [--out FILE]\n"
+                   "                          [--rounds N] [--quick] [--diagnose] [--quartiles]\n";
       return false;
     }
   }
