@@ -53,6 +53,7 @@ HttpCache::~HttpCache() {
     stopping_ = true;
   }
   wake_.notify_all();
+  delay_.notify_all();
   writer_.join();  // the writer empties the queue before it ends
 }
 
@@ -81,19 +82,24 @@ std::shared_ptr<const HttpCacheEntry> HttpCache::lookup(const std::string& key) 
 
 void HttpCache::store(const std::string& key, HttpCacheEntry entry) {
   auto shared = std::make_shared<const HttpCacheEntry>(std::move(entry));
+  bool wakeWriter = false;
   {
     std::lock_guard lock(mutex_);
     remember(key, shared);
     diskKeys_.insert(key);
+    // Only the first store of a batch wakes the writer: a wake-up per store
+    // would cost every answer a system call and a thread switch.
+    wakeWriter = writerIdle_ && pending_.empty();
     pending_[key] = std::move(shared);
   }
-  wake_.notify_one();
+  if (wakeWriter) wake_.notify_one();
 }
 
 void HttpCache::flush() {
   std::unique_lock lock(mutex_);
   flushRequested_ = true;
   wake_.notify_all();
+  delay_.notify_all();
   written_.wait(lock, [this] { return pending_.empty() && !writing_; });
 }
 
@@ -122,11 +128,13 @@ void HttpCache::clear() {
 void HttpCache::runWriter() {
   std::unique_lock lock(mutex_);
   for (;;) {
+    writerIdle_ = true;
     wake_.wait(lock, [this] { return stopping_ || !pending_.empty(); });
+    writerIdle_ = false;
     if (pending_.empty()) return;  // stopping, and everything is written
     // Lets the answer that was just stored reach its caller first, and
     // gathers what else arrives meanwhile into the same transaction.
-    wake_.wait_for(lock, kWriteDelay, [this] { return stopping_ || flushRequested_; });
+    delay_.wait_for(lock, kWriteDelay, [this] { return stopping_ || flushRequested_; });
     flushRequested_ = false;
     if (pending_.empty()) continue;  // a clear() came first: nothing to write
     Pending batch;

@@ -60,7 +60,8 @@ class HttpCache {
   Limits limits_;
   // Guards the in-memory state below; taken before dbMutex_ when both are held.
   std::mutex mutex_;
-  std::condition_variable wake_;
+  std::condition_variable wake_;   // the writer waits here for work
+  std::condition_variable delay_;  // and here while a batch gathers
   std::condition_variable written_;
   // Guards the connection, which the writer and disk lookups share.
   std::mutex dbMutex_;
@@ -68,6 +69,7 @@ class HttpCache {
   std::unordered_set<std::string> diskKeys_;  // on disk, or on their way there
   Pending pending_;                           // stored, not yet handed to the writer
   bool writing_ = false;
+  bool writerIdle_ = false;  // waiting on wake_ for a first store
   bool flushRequested_ = false;
   bool stopping_ = false;
   std::thread writer_;
