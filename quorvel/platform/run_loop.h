@@ -6,19 +6,24 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "quorvel/platform/main_queue.h"
+#include "quorvel/platform/run_loop_source.h"
 
 namespace quorvel::platform {
 
 // A main queue that the host pumps from its main thread. Whichever thread
 // pumps it is the main thread while it does so. Tasks run in the order they
 // were posted; a task posted while the loop runs is run in the same pump.
+// Sources (the core library's transport, for one) let the loop sleep on
+// their descriptors too and do their work on its thread when they are ready.
 class RunLoop final : public MainQueue {
  public:
-  RunLoop() = default;
+  RunLoop();
   // Tasks still queued are destroyed without being run.
   ~RunLoop() override;
 
@@ -41,16 +46,34 @@ class RunLoop final : public MainQueue {
 
   std::size_t pendingCount() const;
 
+  // Adds or removes a source; safe from any thread. A pump that is under way
+  // goes on with the sources it began with.
+  void addSource(std::shared_ptr<RunLoopSource> source);
+  void removeSource(const std::shared_ptr<RunLoopSource>& source);
+
  private:
   using Clock = std::chrono::steady_clock;
+  using Sources = std::vector<std::shared_ptr<RunLoopSource>>;
+
   // Runs tasks until `done`, the deadline or stop(); returns tasks run.
   std::size_t pump(const std::function<bool()>& done, Clock::time_point deadline, bool wait);
+  // Sleeps until a task, stop(), the deadline or a ready source descriptor;
+  // runs the ready sources. Called with `lock` held, returns with it held.
+  void sleepWithSources(std::unique_lock<std::mutex>& lock, const Sources& sources,
+                        Clock::time_point deadline);
+  void wakeSleeper();
 
   mutable std::mutex mutex_;
   std::condition_variable wake_;
   std::deque<Task> tasks_;
   bool stopRequested_ = false;
   std::atomic<std::thread::id> pumpingThread_{};
+  Sources sources_;
+  // While sources exist the loop sleeps in poll(2), woken through this
+  // descriptor; a post writes to it only when the loop sleeps.
+  int wakeFd_ = -1;
+  bool sleepingInPoll_ = false;
+  bool wakeWritten_ = false;
 };
 
 }  // namespace quorvel::platform
