@@ -1,5 +1,7 @@
 #include "quorvel/core_services.h"
 
+#include "quorvel/platform/run_loop.h"
+
 namespace quorvel {
 
 CoreServices::CoreServices(std::string appId, std::string quorvelUrl, std::string clientId,
@@ -13,7 +15,12 @@ CoreServices::CoreServices(std::string appId, std::string quorvelUrl, std::strin
       httpCache_(dataDirectory / "http_cache.sqlite"),
       transport_(limits),
       tokens_(*sessionStore_, transport_, quorvelUrl_),
-      executor_(*this) {}
+      executor_(*this) {
+  // A host that pumps a RunLoop gets its answers without a thread switch.
+  if (auto loop = std::dynamic_pointer_cast<platform::RunLoop>(mainQueue_)) {
+    transport_.attach(loop);
+  }
+}
 
 CoreServices::~CoreServices() {
   transport_.shutdown();

@@ -1,16 +1,20 @@
 #include "quorvel/http_transport.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <deque>
 #include <mutex>
-#include <string_view>
 #include <vector>
 
 #include <curl/curl.h>
-#include <fmt/format.h>
 
+#include "quorvel/connection_ledger.h"
 #include "quorvel/core_logger.h"
+#include "quorvel/http_transfer.h"
 #include "quorvel/platform/transport_error.h"
+#include "quorvel/socket_observer.h"
+#include "quorvel/transport_poller.h"
 
 namespace quorvel {
 namespace {
@@ -22,115 +26,12 @@ platform::Error cancelledError() {
   return TransportError::make(TransportErrorCode::kCancelled, "the transport was shut down");
 }
 
-TransportErrorCode mapCurlCode(CURLcode code) {
-  switch (code) {
-    case CURLE_OPERATION_TIMEDOUT:
-      return TransportErrorCode::kTimedOut;
-    case CURLE_COULDNT_RESOLVE_HOST:
-    case CURLE_COULDNT_RESOLVE_PROXY:
-      return TransportErrorCode::kCannotFindHost;
-    case CURLE_COULDNT_CONNECT:
-      return TransportErrorCode::kCannotConnectToHost;
-    case CURLE_SEND_ERROR:
-    case CURLE_RECV_ERROR:
-    case CURLE_GOT_NOTHING:
-    case CURLE_PARTIAL_FILE:
-    case CURLE_HTTP2:
-    case CURLE_HTTP2_STREAM:
-      return TransportErrorCode::kNetworkConnectionLost;
-    case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_CERTPROBLEM:
-    case CURLE_SSL_CIPHER:
-    case CURLE_SSL_CACERT_BADFILE:
-    case CURLE_SSL_ENGINE_NOTFOUND:
-    case CURLE_SSL_ENGINE_SETFAILED:
-    case CURLE_SSL_ENGINE_INITFAILED:
-    case CURLE_SSL_SHUTDOWN_FAILED:
-    case CURLE_SSL_CRL_BADFILE:
-    case CURLE_SSL_ISSUER_ERROR:
-    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
-    case CURLE_SSL_INVALIDCERTSTATUS:
-    case CURLE_SSL_CLIENTCERT:
-      return TransportErrorCode::kSecureConnectionFailed;
-    case CURLE_FILESIZE_EXCEEDED:
-      return TransportErrorCode::kDataLengthExceedsMaximum;
-    case CURLE_URL_MALFORMAT:
-    case CURLE_UNSUPPORTED_PROTOCOL:
-      return TransportErrorCode::kBadURL;
-    case CURLE_WEIRD_SERVER_REPLY:
-      return TransportErrorCode::kBadServerResponse;
-    default:
-      return TransportErrorCode::kUnknown;
-  }
-}
-
-std::string_view trim(std::string_view text) {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r' ||
-                           text.back() == '\n')) {
-    text.remove_suffix(1);
-  }
-  return text;
-}
-
-std::string versionText(long curlVersion) {
-  switch (curlVersion) {
-    case CURL_HTTP_VERSION_1_0:
-      return "1.0";
-    case CURL_HTTP_VERSION_2_0:
-      return "2";
-    case CURL_HTTP_VERSION_3:
-      return "3";
-    default:
-      return "1.1";
-  }
-}
-
-// One request on the wire: its easy handle and what it collects.
-struct Transfer {
-  CURL* easy = nullptr;
-  curl_slist* headerList = nullptr;
-  HttpTransport::Completion completion;
-  TransportResponse response;
-  std::size_t maxBytes = 0;
-  bool tooLarge = false;
-  char errorBuffer[CURL_ERROR_SIZE] = {};
-};
-
-std::size_t onBody(char* data, std::size_t size, std::size_t count, void* user) {
-  auto* transfer = static_cast<Transfer*>(user);
-  const std::size_t bytes = size * count;
-  if (transfer->response.body.size() + bytes > transfer->maxBytes) {
-    transfer->tooLarge = true;
-    return 0;  // makes curl stop with CURLE_WRITE_ERROR
-  }
-  transfer->response.body.append(data, bytes);
-  return bytes;
-}
-
-std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* user) {
-  auto* transfer = static_cast<Transfer*>(user);
-  const std::size_t bytes = size * count;
-  const std::string_view line(data, bytes);
-  if (line.rfind("HTTP/", 0) == 0) {
-    // A new status line (after an interim 1xx answer): start over.
-    transfer->response.headers.clear();
-    return bytes;
-  }
-  const auto colon = line.find(':');
-  if (colon == std::string_view::npos) return bytes;
-  const std::string name(trim(line.substr(0, colon)));
-  const std::string value(trim(line.substr(colon + 1)));
-  auto [it, inserted] = transfer->response.headers.try_emplace(name, value);
-  if (!inserted) it->second += ", " + value;
-  return bytes;
-}
-
 }  // namespace
 
-// The state that only the transport's thread touches.
-class HttpTransport::Worker {
+// The libcurl state and the thread's loop. libcurl's handles are driven under
+// `driveMutex_`, by the transport's thread or, for a send on an idle
+// connection, by a submitting thread; the thread waits for events without it.
+class HttpTransport::Worker : public SocketObserver {
  public:
   struct Pending {
     TransportRequest request;
@@ -141,72 +42,255 @@ class HttpTransport::Worker {
     multi_ = curl_multi_init();
     curl_multi_setopt(multi_, CURLMOPT_PIPELINING, CURLPIPE_MULTIPLEX);
     curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
+    curl_multi_setopt(multi_, CURLMOPT_SOCKETFUNCTION, onSocket);
+    curl_multi_setopt(multi_, CURLMOPT_SOCKETDATA, this);
     share_ = curl_share_init();
     curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
     curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
   }
 
-  ~Worker() {
+  ~Worker() override {
+    // Closes the pooled connections, which reach socketClosed().
     for (CURL* easy : idle_) curl_easy_cleanup(easy);
     curl_multi_cleanup(multi_);
     curl_share_cleanup(share_);
   }
 
-  CURLM* multi() const { return multi_; }
+  bool ready() const { return poller_.ready() && multi_ != nullptr && share_ != nullptr; }
 
-  // Queues a request; false once stopping.
-  bool enqueue(TransportRequest& request, Completion& completion) {
-    std::lock_guard lock(mutex_);
-    if (stopping_) return false;
-    pending_.push_back(Pending{std::move(request), std::move(completion)});
-    curl_multi_wakeup(multi_);
+  // Sends the request from this thread when a connection to its origin is
+  // idle and nobody else drives libcurl; else queues it for the transport's
+  // thread. False once stopping (the caller completes it).
+  bool submit(TransportRequest& request, Completion& completion) {
+    if (stopping_.load()) return false;
+    {
+      std::unique_lock drive(driveMutex_, std::try_to_lock);
+      if (drive.owns_lock() && !closed_ &&
+          ledger_.hasIdleConnection(ConnectionLedger::originOf(request.url))) {
+        sendHere(Pending{std::move(request), std::move(completion)}, onHostThread());
+        return true;
+      }
+    }
+    {
+      std::lock_guard lock(queueMutex_);
+      if (stopping_.load()) return false;
+      pending_.push_back(Pending{std::move(request), std::move(completion)});
+    }
+    poller_.wake();
     return true;
   }
 
   // Marks the worker as stopping; false if it already was.
   bool stop() {
-    std::lock_guard lock(mutex_);
-    if (stopping_) return false;
-    stopping_ = true;
-    curl_multi_wakeup(multi_);
+    {
+      std::lock_guard lock(queueMutex_);
+      if (stopping_.exchange(true)) return false;
+    }
+    poller_.wake();
     return true;
   }
 
   std::deque<Pending> takeWaiting() {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(queueMutex_);
     std::deque<Pending> waiting;
     waiting.swap(pending_);
     return waiting;
   }
 
   void run() {
-    while (true) {
-      std::deque<Pending> incoming;
-      {
-        std::lock_guard lock(mutex_);
-        if (stopping_) break;
-        incoming.swap(pending_);
+    std::array<epoll_event, 64> events{};
+    while (!stopping_.load()) {
+      const int count = poller_.wait(events, std::nullopt);
+      if (count < 0) {
+        CoreLogger::error("the HTTP transport cannot wait for its sockets; it stops");
+        break;
       }
-      for (auto& pending : incoming) start(std::move(pending));
-      int running = 0;
-      curl_multi_perform(multi_, &running);
-      collectFinished();
-      curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
+      if (stopping_.load()) break;
+      deliver(step(std::span<const epoll_event>(events.data(), static_cast<std::size_t>(count))));
     }
     cancelActive();
   }
 
+  // The host's run loop (see HostSource), on the thread that pumps it.
+  void attachHost() { hostAttached_.store(true); }
+
+  void hostLoopEntered() {
+    if (hostDepth_++ > 0) return;
+    hostThread_.store(std::this_thread::get_id());
+    poller_.reclaimHostSet();
+  }
+
+  void hostLoopExited() {
+    if (--hostDepth_ > 0) return;
+    // Transfers still under way are the transport thread's until the loop
+    // sleeps again.
+    if (poller_.hostSetBusy()) poller_.lendHostSet();
+  }
+
+  void hostDescriptors(std::vector<pollfd>& watched) { poller_.hostDescriptors(watched); }
+
+  void hostPerform(std::span<const pollfd> ready) {
+    std::vector<Finished> finished;
+    {
+      std::unique_lock drive(driveMutex_, std::try_to_lock);
+      if (!drive.owns_lock()) {
+        // The transport's thread is busy with libcurl (a TLS handshake, say):
+        // it takes these sockets over rather than the loop waiting for it.
+        poller_.lendHostSet();
+        return;
+      }
+      const auto sorted = poller_.sortHost(ready);
+      int running = 0;
+      for (const auto& socket : sorted.sockets) {
+        curl_multi_socket_action(multi_, socket.socket, socket.curlEvents, &running);
+      }
+      collectFinished(finished);
+      updateTimer();
+    }
+    deliver(std::move(finished));
+  }
+
+  void socketOpened(int socket, std::string_view origin) override {
+    ledger_.socketOpened(socket, origin);
+  }
+
+  void socketClosed(int socket) override {
+    ledger_.socketClosed(socket);
+    poller_.socketClosed(socket);
+  }
+
  private:
+  struct Finished {
+    Completion completion;
+    platform::Result<TransportResponse> result;
+  };
+
+  // One turn of the thread's loop under the drive lock: the ready sockets,
+  // the queued requests, libcurl's timers; what finished, to be completed
+  // once the lock is let go.
+  std::vector<Finished> step(std::span<const epoll_event> events) {
+    std::lock_guard drive(driveMutex_);
+    const auto ready = poller_.sort(events);
+    int running = 0;
+    for (const auto& socket : ready.sockets) {
+      curl_multi_socket_action(multi_, socket.socket, socket.curlEvents, &running);
+    }
+    std::deque<Pending> incoming;
+    {
+      std::lock_guard lock(queueMutex_);
+      incoming.swap(pending_);
+    }
+    for (auto& pending : incoming) start(std::move(pending));
+    if (ready.timerDue || !incoming.empty()) {
+      curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
+    }
+    auto finished = std::move(handedOver_);
+    handedOver_.clear();
+    collectFinished(finished);
+    updateTimer();
+    return finished;
+  }
+
+  bool onHostThread() const {
+    return hostAttached_.load() && hostThread_.load() == std::this_thread::get_id();
+  }
+
+  // The caller's own send: the transfer starts and its request goes out
+  // before this returns. What finishes meanwhile is completed by the
+  // transport's thread, so that completions never run inside submit().
+  // A transfer for the host's loop is watched by the transport's thread
+  // until the loop next sleeps, when the loop is not pumping now.
+  void sendHere(Pending pending, bool forHost) {
+    if (forHost && hostDepth_ == 0) poller_.lendHostSet();
+    start(std::move(pending), forHost);
+    int running = 0;
+    curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
+    const std::size_t before = handedOver_.size();
+    collectFinished(handedOver_);
+    updateTimer();
+    if (handedOver_.size() > before) poller_.wake();
+  }
+
+  void start(Pending pending, bool forHost = false) {
+    CURL* easy = takeEasy();
+    if (easy == nullptr) {
+      handedOver_.push_back(
+          {std::move(pending.completion),
+           TransportError::make(TransportErrorCode::kUnknown, "curl_easy_init failed")});
+      return;
+    }
+    auto transfer = std::make_unique<HttpTransfer>(easy, std::move(pending.request),
+                                                   std::move(pending.completion), *this,
+                                                   limits_.maxResponseBytes);
+    transfer->setForHost(forHost);
+    transfer->prepare();
+    if (curl_multi_add_handle(multi_, easy) != CURLM_OK) {
+      handedOver_.push_back(finish(*transfer, CURLE_FAILED_INIT));
+      return;
+    }
+    ledger_.transferStarted(transfer->origin());
+    active_.push_back(std::move(transfer));
+  }
+
+  void collectFinished(std::vector<Finished>& finished) {
+    int left = 0;
+    while (CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+      if (message->msg != CURLMSG_DONE) continue;
+      CURL* easy = message->easy_handle;
+      const CURLcode code = message->data.result;
+      curl_multi_remove_handle(multi_, easy);
+      const auto it = std::find_if(active_.begin(), active_.end(),
+                                   [easy](const auto& t) { return t->easy() == easy; });
+      if (it == active_.end()) continue;
+      auto transfer = std::move(*it);
+      active_.erase(it);
+      ledger_.transferFinished(transfer->origin());
+      finished.push_back(finish(*transfer, code));
+    }
+  }
+
+  // The transfer's result, with its handle back in the idle pool.
+  Finished finish(HttpTransfer& transfer, CURLcode code) {
+    auto result = transfer.outcome(code);
+    giveBack(transfer.releaseEasy());
+    return Finished{transfer.takeCompletion(), std::move(result)};
+  }
+
+  static void deliver(std::vector<Finished> finished) {
+    for (auto& done : finished) done.completion(std::move(done.result));
+  }
+
+  void cancelActive() {
+    std::vector<Finished> finished;
+    {
+      std::lock_guard drive(driveMutex_);
+      closed_ = true;
+      finished = std::move(handedOver_);
+      handedOver_.clear();
+      for (auto& transfer : active_) {
+        curl_multi_remove_handle(multi_, transfer->easy());
+        ledger_.transferFinished(transfer->origin());
+        curl_easy_cleanup(transfer->releaseEasy());
+        finished.push_back({transfer->takeCompletion(), cancelledError()});
+      }
+      active_.clear();
+    }
+    deliver(std::move(finished));
+  }
+
   CURL* takeEasy() {
-    if (idle_.empty()) return curl_easy_init();
-    CURL* easy = idle_.back();
-    idle_.pop_back();
-    // Keeps the handle's connection and caches, drops the options.
-    curl_easy_reset(easy);
+    if (!idle_.empty()) {
+      CURL* easy = idle_.back();
+      idle_.pop_back();
+      return easy;
+    }
+    CURL* easy = curl_easy_init();
+    if (easy != nullptr) HttpTransfer::configureHandle(easy, limits_, share_, *this);
     return easy;
   }
 
   void giveBack(CURL* easy) {
+    curl_easy_setopt(easy, CURLOPT_PRIVATE, nullptr);
     constexpr std::size_t kMaxIdle = 16;
     if (idle_.size() < kMaxIdle) {
       idle_.push_back(easy);
@@ -215,151 +299,73 @@ class HttpTransport::Worker {
     }
   }
 
-  void configure(Transfer& transfer, const TransportRequest& request) {
-    CURL* easy = transfer.easy;
-    const auto& limits = limits_;
-    curl_easy_setopt(easy, CURLOPT_URL, request.url.c_str());
-    curl_easy_setopt(easy, CURLOPT_PRIVATE, &transfer);
-    curl_easy_setopt(easy, CURLOPT_SHARE, share_);
-    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, transfer.errorBuffer);
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, onBody);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &transfer);
-    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, onHeader);
-    curl_easy_setopt(easy, CURLOPT_HEADERDATA, &transfer);
-    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
-    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
-    // The parsed CA bundle is kept by the multi handle for a day, so only the
-    // first TLS connection pays for reading it.
-    curl_easy_setopt(easy, CURLOPT_CA_CACHE_TIMEOUT, 86'400L);
-    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS,
-                     static_cast<long>(limits.connectTimeout.count()));
-    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(limits.requestTimeout.count()));
-    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE,
-                     static_cast<curl_off_t>(limits.maxResponseBytes));
-    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
-    curl_easy_setopt(easy, CURLOPT_TCP_KEEPALIVE, 1L);
-
-    switch (request.method) {
-      case HttpMethod::get:
-        curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
-        break;
-      case HttpMethod::post:
-        curl_easy_setopt(easy, CURLOPT_POST, 1L);
-        break;
-      case HttpMethod::put:
-      case HttpMethod::delete_:
-        curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, httpMethodName(request.method));
-        break;
-    }
-    if (request.body || request.method == HttpMethod::post) {
-      const std::string& body = request.body ? *request.body : std::string();
-      curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
-      curl_easy_setopt(easy, CURLOPT_COPYPOSTFIELDS, body.c_str());
-    }
-
-    for (const auto& [name, value] : request.headers) {
-      transfer.headerList =
-          curl_slist_append(transfer.headerList, fmt::format("{}: {}", name, value).c_str());
-    }
-    // No "Expect: 100-continue" round trip before small JSON bodies.
-    transfer.headerList = curl_slist_append(transfer.headerList, "Expect:");
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, transfer.headerList);
+  void updateTimer() {
+    long milliseconds = -1;
+    curl_multi_timeout(multi_, &milliseconds);
+    poller_.setTimeout(milliseconds);
   }
 
-  void start(Pending pending) {
-    auto transfer = std::make_unique<Transfer>();
-    transfer->easy = takeEasy();
-    transfer->completion = std::move(pending.completion);
-    transfer->maxBytes = limits_.maxResponseBytes;
-    if (transfer->easy == nullptr) {
-      transfer->completion(TransportError::make(TransportErrorCode::kUnknown, "curl_easy_init"));
-      return;
-    }
-    configure(*transfer, pending.request);
-    if (curl_multi_add_handle(multi_, transfer->easy) != CURLM_OK) {
-      finish(std::move(transfer), CURLE_FAILED_INIT);
-      return;
-    }
-    active_.push_back(std::move(transfer));
+  static int onSocket(CURL* easy, curl_socket_t socket, int what, void* user, void*) {
+    const HttpTransfer* transfer = what == CURL_POLL_REMOVE ? nullptr : HttpTransfer::of(easy);
+    static_cast<Worker*>(user)->poller_.watch(socket, what,
+                                              transfer != nullptr && transfer->forHost());
+    return 0;
   }
 
-  void collectFinished() {
-    int left = 0;
-    while (CURLMsg* message = curl_multi_info_read(multi_, &left)) {
-      if (message->msg != CURLMSG_DONE) continue;
-      CURL* easy = message->easy_handle;
-      const CURLcode code = message->data.result;
-      curl_multi_remove_handle(multi_, easy);
-      const auto it = std::find_if(active_.begin(), active_.end(),
-                                   [easy](const auto& t) { return t->easy == easy; });
-      if (it == active_.end()) continue;
-      auto transfer = std::move(*it);
-      active_.erase(it);
-      finish(std::move(transfer), code);
-    }
-  }
+  const TransportLimits limits_;
+  TransportPoller poller_;
+  std::atomic<bool> stopping_{false};
 
-  platform::Result<TransportResponse> outcome(Transfer& transfer, CURLcode code) {
-    if (transfer.tooLarge || code == CURLE_FILESIZE_EXCEEDED) {
-      return TransportError::make(
-          TransportErrorCode::kDataLengthExceedsMaximum,
-          fmt::format("answer larger than {} bytes", limits_.maxResponseBytes));
-    }
-    if (code != CURLE_OK) {
-      const std::string detail =
-          transfer.errorBuffer[0] != '\0' ? transfer.errorBuffer : curl_easy_strerror(code);
-      return TransportError::make(mapCurlCode(code), detail);
-    }
-    long status = 0;
-    long version = 0;
-    char* effectiveUrl = nullptr;
-    curl_easy_getinfo(transfer.easy, CURLINFO_RESPONSE_CODE, &status);
-    curl_easy_getinfo(transfer.easy, CURLINFO_HTTP_VERSION, &version);
-    curl_easy_getinfo(transfer.easy, CURLINFO_EFFECTIVE_URL, &effectiveUrl);
-    transfer.response.statusCode = status;
-    transfer.response.httpVersion = versionText(version);
-    transfer.response.url = effectiveUrl != nullptr ? effectiveUrl : "";
-    return std::move(transfer.response);
-  }
+  // The host's run loop: whether there is one, the thread that pumps it and
+  // how deeply (only that thread changes the depth).
+  std::atomic<bool> hostAttached_{false};
+  std::atomic<std::thread::id> hostThread_{};
+  std::atomic<int> hostDepth_{0};
 
-  void finish(std::unique_ptr<Transfer> transfer, CURLcode code) {
-    auto result = outcome(*transfer, code);
-    curl_slist_free_all(transfer->headerList);
-    transfer->headerList = nullptr;
-    auto completion = std::move(transfer->completion);
-    giveBack(transfer->easy);
-    transfer.reset();
-    completion(std::move(result));
-  }
-
-  void cancelActive() {
-    auto active = std::move(active_);
-    active_.clear();
-    for (auto& transfer : active) {
-      curl_multi_remove_handle(multi_, transfer->easy);
-      curl_slist_free_all(transfer->headerList);
-      curl_easy_cleanup(transfer->easy);
-      transfer->completion(cancelledError());
-    }
-  }
-
-  TransportLimits limits_;
-  // Guards the hand-over from submitting threads.
-  std::mutex mutex_;
+  // Guards the hand-over of requests that wait for the thread.
+  std::mutex queueMutex_;
   std::deque<Pending> pending_;
-  bool stopping_ = false;
+
+  // Guards everything below, and the poller's state; taken before
+  // queueMutex_ when both are held.
+  std::mutex driveMutex_;
   CURLM* multi_ = nullptr;
   CURLSH* share_ = nullptr;
+  ConnectionLedger ledger_;
   std::vector<CURL*> idle_;
-  std::vector<std::unique_ptr<Transfer>> active_;
+  std::vector<std::unique_ptr<HttpTransfer>> active_;
+  // Finished while a submitting thread drove libcurl: the thread completes them.
+  std::vector<Finished> handedOver_;
+  bool closed_ = false;  // the thread has ended; nothing may start
+};
+
+// What the host's run loop sees of the transport. It holds the worker weakly:
+// a loop may outlive the transport.
+class HttpTransport::HostSource final : public platform::RunLoopSource {
+ public:
+  explicit HostSource(std::weak_ptr<Worker> worker) : worker_(std::move(worker)) {}
+
+  void loopEntered() override {
+    if (auto worker = worker_.lock()) worker->hostLoopEntered();
+  }
+  void loopExited() override {
+    if (auto worker = worker_.lock()) worker->hostLoopExited();
+  }
+  void descriptors(std::vector<pollfd>& watched) override {
+    if (auto worker = worker_.lock()) worker->hostDescriptors(watched);
+  }
+  void perform(std::span<const pollfd> ready) override {
+    if (auto worker = worker_.lock()) worker->hostPerform(ready);
+  }
+
+ private:
+  std::weak_ptr<Worker> worker_;
 };
 
 HttpTransport::HttpTransport(TransportLimits limits) : limits_(limits) {
   curl_global_init(CURL_GLOBAL_DEFAULT);
   worker_ = std::make_shared<Worker>(limits_);
+  if (!worker_->ready()) CoreLogger::error("the HTTP transport could not set up its event loop");
   thread_ = std::thread([worker = worker_] { worker->run(); });
 }
 
@@ -368,11 +374,20 @@ HttpTransport::~HttpTransport() {
 }
 
 void HttpTransport::submit(TransportRequest request, Completion completion) {
-  if (!worker_->enqueue(request, completion)) completion(cancelledError());
+  if (!worker_->submit(request, completion)) completion(cancelledError());
+}
+
+void HttpTransport::attach(const std::shared_ptr<platform::RunLoop>& loop) {
+  if (!loop || hostSource_) return;
+  hostSource_ = std::make_shared<HostSource>(worker_);
+  hostLoop_ = loop;
+  worker_->attachHost();
+  loop->addSource(hostSource_);
 }
 
 void HttpTransport::shutdown() {
   if (!worker_->stop()) return;
+  if (auto loop = hostLoop_.lock()) loop->removeSource(hostSource_);
   if (thread_.joinable()) {
     if (thread_.get_id() == std::this_thread::get_id()) {
       // Shut down from one of its own completions: the loop ends by itself

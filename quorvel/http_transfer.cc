@@ -1,0 +1,251 @@
+#include "quorvel/http_transfer.h"
+
+#include <string_view>
+
+#include <fmt/format.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "quorvel/connection_ledger.h"
+#include "quorvel/platform/transport_error.h"
+#include "quorvel/socket_observer.h"
+
+namespace quorvel {
+namespace {
+
+using platform::TransportError;
+using platform::TransportErrorCode;
+
+TransportErrorCode mapCurlCode(CURLcode code) {
+  switch (code) {
+    case CURLE_OPERATION_TIMEDOUT:
+      return TransportErrorCode::kTimedOut;
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return TransportErrorCode::kCannotFindHost;
+    case CURLE_COULDNT_CONNECT:
+      return TransportErrorCode::kCannotConnectToHost;
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_GOT_NOTHING:
+    case CURLE_PARTIAL_FILE:
+    case CURLE_HTTP2:
+    case CURLE_HTTP2_STREAM:
+      return TransportErrorCode::kNetworkConnectionLost;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_ENGINE_NOTFOUND:
+    case CURLE_SSL_ENGINE_SETFAILED:
+    case CURLE_SSL_ENGINE_INITFAILED:
+    case CURLE_SSL_SHUTDOWN_FAILED:
+    case CURLE_SSL_CRL_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_SSL_CLIENTCERT:
+      return TransportErrorCode::kSecureConnectionFailed;
+    case CURLE_FILESIZE_EXCEEDED:
+      return TransportErrorCode::kDataLengthExceedsMaximum;
+    case CURLE_URL_MALFORMAT:
+    case CURLE_UNSUPPORTED_PROTOCOL:
+      return TransportErrorCode::kBadURL;
+    case CURLE_WEIRD_SERVER_REPLY:
+      return TransportErrorCode::kBadServerResponse;
+    default:
+      return TransportErrorCode::kUnknown;
+  }
+}
+
+std::string_view trim(std::string_view text) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r' ||
+                           text.back() == '\n')) {
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
+std::string versionText(long curlVersion) {
+  switch (curlVersion) {
+    case CURL_HTTP_VERSION_1_0:
+      return "1.0";
+    case CURL_HTTP_VERSION_2_0:
+      return "2";
+    case CURL_HTTP_VERSION_3:
+      return "3";
+    default:
+      return "1.1";
+  }
+}
+
+int closeSocket(void* user, curl_socket_t socket) {
+  static_cast<SocketObserver*>(user)->socketClosed(socket);
+  return ::close(socket);
+}
+
+}  // namespace
+
+HttpTransfer::HttpTransfer(CURL* easy, TransportRequest request, Completion completion,
+                           SocketObserver& sockets, std::size_t maxResponseBytes)
+    : easy_(easy),
+      request_(std::move(request)),
+      completion_(std::move(completion)),
+      sockets_(sockets),
+      origin_(ConnectionLedger::originOf(request_.url)),
+      maxResponseBytes_(maxResponseBytes) {}
+
+HttpTransfer::~HttpTransfer() {
+  curl_slist_free_all(headerList_);
+}
+
+HttpTransfer* HttpTransfer::of(CURL* easy) {
+  char* transfer = nullptr;
+  if (easy == nullptr || curl_easy_getinfo(easy, CURLINFO_PRIVATE, &transfer) != CURLE_OK) {
+    return nullptr;
+  }
+  return reinterpret_cast<HttpTransfer*>(transfer);
+}
+
+CURL* HttpTransfer::releaseEasy() {
+  CURL* easy = easy_;
+  easy_ = nullptr;
+  return easy;
+}
+
+void HttpTransfer::configureHandle(CURL* easy, const TransportLimits& limits, CURLSH* share,
+                                   SocketObserver& sockets) {
+  curl_easy_setopt(easy, CURLOPT_SHARE, share);
+  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, onBody);
+  curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, onHeader);
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, closeSocket);
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, &sockets);
+  curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+  curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
+  curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
+  // The parsed CA bundle is kept by the multi handle for a day, so only the
+  // first TLS connection pays for reading it.
+  curl_easy_setopt(easy, CURLOPT_CA_CACHE_TIMEOUT, 86'400L);
+  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS,
+                   static_cast<long>(limits.connectTimeout.count()));
+  curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(limits.requestTimeout.count()));
+  curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE,
+                   static_cast<curl_off_t>(limits.maxResponseBytes));
+  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+  curl_easy_setopt(easy, CURLOPT_TCP_KEEPALIVE, 1L);
+}
+
+void HttpTransfer::prepare() {
+  CURL* easy = easy_;
+  curl_easy_setopt(easy, CURLOPT_URL, request_.url.c_str());
+  curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+  curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, errorBuffer_);
+  curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, this);
+
+  // A reused handle still holds the method of its previous transfer: every
+  // transfer states its own. CUSTOMREQUEST names the verb of PUT and DELETE;
+  // a body (or a POST) makes libcurl send the fields, anything else is a GET.
+  curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST,
+                   request_.method == HttpMethod::put || request_.method == HttpMethod::delete_
+                       ? httpMethodName(request_.method)
+                       : nullptr);
+  if (request_.body || request_.method == HttpMethod::post) {
+    const std::string& body = request_.body ? *request_.body : std::string();
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+    curl_easy_setopt(easy, CURLOPT_COPYPOSTFIELDS, body.c_str());
+  } else {
+    curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
+  }
+
+  for (const auto& [name, value] : request_.headers) {
+    std::string line;
+    line.reserve(name.size() + value.size() + 2);
+    line.append(name).append(": ").append(value);
+    headerList_ = curl_slist_append(headerList_, line.c_str());
+  }
+  // No "Expect: 100-continue" round trip before small JSON bodies.
+  headerList_ = curl_slist_append(headerList_, "Expect:");
+  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headerList_);
+}
+
+platform::Result<TransportResponse> HttpTransfer::outcome(CURLcode code) {
+  if (tooLarge_ || code == CURLE_FILESIZE_EXCEEDED) {
+    return TransportError::make(TransportErrorCode::kDataLengthExceedsMaximum,
+                                fmt::format("answer larger than {} bytes", maxResponseBytes_));
+  }
+  if (code != CURLE_OK) {
+    const std::string detail = errorBuffer_[0] != '\0' ? errorBuffer_ : curl_easy_strerror(code);
+    return TransportError::make(mapCurlCode(code), detail);
+  }
+  long status = 0;
+  long version = 0;
+  char* effectiveUrl = nullptr;
+  curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &status);
+  curl_easy_getinfo(easy_, CURLINFO_HTTP_VERSION, &version);
+  curl_easy_getinfo(easy_, CURLINFO_EFFECTIVE_URL, &effectiveUrl);
+  response_.statusCode = status;
+  response_.httpVersion = versionText(version);
+  response_.url = effectiveUrl != nullptr ? effectiveUrl : "";
+  return std::move(response_);
+}
+
+std::size_t HttpTransfer::onBody(char* data, std::size_t size, std::size_t count, void* user) {
+  auto* transfer = static_cast<HttpTransfer*>(user);
+  const std::size_t bytes = size * count;
+  auto& body = transfer->response_.body;
+  if (body.size() + bytes > transfer->maxResponseBytes_) {
+    transfer->tooLarge_ = true;
+    return 0;  // makes curl stop with CURLE_WRITE_ERROR
+  }
+  if (body.empty()) {
+    // One allocation for an answer that states its length.
+    curl_off_t length = -1;
+    curl_easy_getinfo(transfer->easy_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    if (length > 0 && static_cast<std::size_t>(length) <= transfer->maxResponseBytes_) {
+      body.reserve(static_cast<std::size_t>(length));
+    }
+  }
+  body.append(data, bytes);
+  return bytes;
+}
+
+std::size_t HttpTransfer::onHeader(char* data, std::size_t size, std::size_t count, void* user) {
+  auto* transfer = static_cast<HttpTransfer*>(user);
+  const std::size_t bytes = size * count;
+  const std::string_view line(data, bytes);
+  auto& headers = transfer->response_.headers;
+  if (line.rfind("HTTP/", 0) == 0) {
+    // A new status line (after an interim 1xx answer): start over.
+    headers.clear();
+    return bytes;
+  }
+  const auto colon = line.find(':');
+  if (colon == std::string_view::npos) return bytes;
+  const std::string_view name = trim(line.substr(0, colon));
+  const std::string_view value = trim(line.substr(colon + 1));
+  if (const auto it = headers.find(name); it != headers.end()) {
+    it->second.append(", ").append(value);
+  } else {
+    headers.emplace(std::string(name), std::string(value));
+  }
+  return bytes;
+}
+
+curl_socket_t HttpTransfer::openSocket(void* user, curlsocktype, curl_sockaddr* address) {
+  auto* transfer = static_cast<HttpTransfer*>(user);
+  // Close-on-exec, so that a child process the application starts does not
+  // keep the service's connections open.
+  const int socket = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+  if (socket < 0) return CURL_SOCKET_BAD;
+  transfer->sockets_.socketOpened(socket, transfer->origin_);
+  return socket;
+}
+
+}  // namespace quorvel

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+#include <curl/curl.h>
+
+#include "quorvel/platform/result.h"
+#include "quorvel/transport_request.h"
+
+namespace quorvel {
+
+class SocketObserver;
+
+// One request on the wire: the easy handle it runs on, its header list and
+// what it collects. Easy handles are kept and reused between transfers with
+// the options every transfer shares already set (configureHandle), so that a
+// transfer sets only what is its own (prepare).
+class HttpTransfer {
+ public:
+  using Completion = std::function<void(platform::Result<TransportResponse>)>;
+
+  HttpTransfer(CURL* easy, TransportRequest request, Completion completion, SocketObserver& sockets,
+               std::size_t maxResponseBytes);
+  ~HttpTransfer();
+  HttpTransfer(const HttpTransfer&) = delete;
+  HttpTransfer& operator=(const HttpTransfer&) = delete;
+
+  // The options every transfer of a transport shares: limits, TLS, the
+  // shared caches and the observer of sockets.
+  static void configureHandle(CURL* easy, const TransportLimits& limits, CURLSH* share,
+                              SocketObserver& sockets);
+
+  // Sets this transfer's own options on its handle.
+  void prepare();
+
+  // What the finished transfer answers, given libcurl's result code.
+  platform::Result<TransportResponse> outcome(CURLcode code);
+
+  CURL* easy() const { return easy_; }
+  // Hands the easy handle over (to be reused); the transfer no longer has one.
+  CURL* releaseEasy();
+  const std::string& origin() const { return origin_; }
+  // Finished by the host's run loop rather than the transport's thread.
+  bool forHost() const { return forHost_; }
+  void setForHost(bool forHost) { forHost_ = forHost; }
+  // The transfer a handle runs, or null.
+  static HttpTransfer* of(CURL* easy);
+  Completion takeCompletion() { return std::move(completion_); }
+
+ private:
+  static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* user);
+  static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* user);
+  static curl_socket_t openSocket(void* user, curlsocktype purpose, curl_sockaddr* address);
+
+  CURL* easy_;
+  TransportRequest request_;
+  Completion completion_;
+  SocketObserver& sockets_;
+  std::string origin_;
+  std::size_t maxResponseBytes_;
+  curl_slist* headerList_ = nullptr;
+  TransportResponse response_;
+  bool tooLarge_ = false;
+  bool forHost_ = false;
+  char errorBuffer_[CURL_ERROR_SIZE] = {};
+};
+
+}  // namespace quorvel
