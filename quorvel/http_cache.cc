@@ -34,7 +34,7 @@ HttpHeaderFields headersFromJson(const std::string& text) {
 constexpr std::chrono::milliseconds kWriteDelay{100};
 
 std::size_t sizeOf(const HttpCacheEntry& entry) {
-  return entry.body.size() + entry.url.size() + 64 * entry.headers.size();
+  return entry.body->size() + entry.url.size() + 64 * entry.headers->size();
 }
 
 }  // namespace
@@ -183,8 +183,8 @@ std::shared_ptr<const HttpCacheEntry> HttpCache::loadFromDisk(const std::string&
   auto entry = std::make_shared<HttpCacheEntry>();
   entry->url = select.text(0);
   entry->httpVersion = select.text(1);
-  entry->headers = headersFromJson(select.text(2));
-  entry->body = select.text(3);
+  entry->headers = std::make_shared<const HttpHeaderFields>(headersFromJson(select.text(2)));
+  entry->body = std::make_shared<const std::string>(select.text(3));
   entry->storedAt = select.real(4);
   entry->freshUntil = select.real(5);
   return entry;
@@ -199,8 +199,8 @@ void HttpCache::writeBatch(const Pending& batch) {
     upsert.bind(1, key);
     upsert.bind(2, entry->url);
     upsert.bind(3, entry->httpVersion);
-    upsert.bind(4, headersToJson(entry->headers));
-    upsert.bindBlob(5, entry->body);
+    upsert.bind(4, headersToJson(*entry->headers));
+    upsert.bindBlob(5, *entry->body);
     upsert.bind(6, entry->storedAt);
     upsert.bind(7, entry->freshUntil);
     upsert.run();

@@ -19,13 +19,13 @@ long ageSeconds(const HttpHeaderFields& headers) {
 }  // namespace
 
 std::optional<std::string> HttpCacheEntry::etag() const {
-  const auto it = headers.find("ETag");
-  if (it == headers.end() || it->second.empty()) return std::nullopt;
+  const auto it = headers->find("ETag");
+  if (it == headers->end() || it->second.empty()) return std::nullopt;
   return it->second;
 }
 
 std::optional<CachedURLResponse> HttpCacheEntry::toCachedResponse() const {
-  auto response = HTTPURLResponse::make(url, 200, httpVersion, headers);
+  auto response = HTTPURLResponse::makeSharing(url, 200, httpVersion, headers);
   if (!response) return std::nullopt;
   return CachedURLResponse(std::move(*response), body);
 }
@@ -40,12 +40,12 @@ std::optional<HttpCacheEntry> HttpCacheEntry::fromResponse(const CachedURLRespon
   HttpCacheEntry entry;
   entry.url = response.url();
   entry.httpVersion = response.httpVersion();
-  entry.headers = response.allHeaderFields();
-  entry.body = cached.data();
+  entry.headers = response.sharedHeaderFields();
+  entry.body = cached.sharedData();
   entry.storedAt = now;
   // no-cache: may be stored, but every use asks the server first.
   const long lifetime =
-      control.noCache ? 0 : control.maxAge.value_or(0) - ageSeconds(entry.headers);
+      control.noCache ? 0 : control.maxAge.value_or(0) - ageSeconds(*entry.headers);
   entry.freshUntil = now + static_cast<double>(lifetime > 0 ? lifetime : 0);
   if (lifetime <= 0 && !entry.etag()) return std::nullopt;
   return entry;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -9,12 +10,13 @@
 namespace quorvel {
 
 // One stored answer (always a 200 to a GET) with its freshness. Times are
-// seconds since 1970.
+// seconds since 1970. The header fields and the body are shared with the
+// responses made from the entry, never changed in place.
 struct HttpCacheEntry {
   std::string url;
   std::string httpVersion;
-  HttpHeaderFields headers;
-  std::string body;
+  std::shared_ptr<const HttpHeaderFields> headers = std::make_shared<const HttpHeaderFields>();
+  std::shared_ptr<const std::string> body = std::make_shared<const std::string>();
   double storedAt = 0;
   double freshUntil = 0;
 

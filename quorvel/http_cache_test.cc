@@ -55,8 +55,9 @@ TEST(HttpCacheTest, EntriesOutliveTheProcessAndTheMemoryLimit) {
   HttpCacheEntry entry;
   entry.url = "http://127.0.0.1/a";
   entry.httpVersion = "1.1";
-  entry.headers = {{"ETag", "\"e\""}, {"Content-Type", "application/json"}};
-  entry.body = std::string("{\"x\":\0}", 7);
+  entry.headers = std::make_shared<const HttpHeaderFields>(
+      HttpHeaderFields{{"ETag", "\"e\""}, {"Content-Type", "application/json"}});
+  entry.body = std::make_shared<const std::string>(std::string("{\"x\":\0}", 7));
   entry.storedAt = 10;
   entry.freshUntil = 70;
   {
@@ -66,12 +67,12 @@ TEST(HttpCacheTest, EntriesOutliveTheProcessAndTheMemoryLimit) {
     cache.store("b", entry);
     const auto a = cache.lookup("a");
     ASSERT_TRUE(a);
-    EXPECT_EQ(a->body, entry.body);
+    EXPECT_EQ(*a->body, *entry.body);
   }
   HttpCache reopened(file);
   const auto a = reopened.lookup("a");
   ASSERT_TRUE(a);
-  EXPECT_EQ(a->body, entry.body);
+  EXPECT_EQ(*a->body, *entry.body);
   EXPECT_EQ(a->etag(), "\"e\"");
   EXPECT_EQ(a->freshUntil, 70);
   reopened.remove("a");

@@ -16,8 +16,9 @@ HttpCacheEntry entry(const std::string& body) {
   HttpCacheEntry e;
   e.url = "http://h/x";
   e.httpVersion = "1.1";
-  e.headers.emplace("ETag", "\"" + body + "\"");
-  e.body = body;
+  e.headers =
+      std::make_shared<const HttpHeaderFields>(HttpHeaderFields{{"ETag", "\"" + body + "\""}});
+  e.body = std::make_shared<const std::string>(body);
   e.storedAt = 1;
   e.freshUntil = 2;
   return e;
@@ -47,12 +48,12 @@ TEST_F(HttpCacheWriteBehindTest, StoredEntriesAreUsableAtOnceAndPersistInOrderWi
     cache.store("gone", entry("x"));
     cache.remove("gone");  // removed while possibly still queued
     ASSERT_NE(cache.lookup("a"), nullptr);
-    EXPECT_EQ(cache.lookup("a")->body, "three");
+    EXPECT_EQ(*cache.lookup("a")->body, "three");
   }  // the destructor writes what is queued
   HttpCache reopened(file_);
   ASSERT_NE(reopened.lookup("a"), nullptr);
-  EXPECT_EQ(reopened.lookup("a")->body, "three");
-  EXPECT_EQ(reopened.lookup("a")->headers.at("ETag"), "\"three\"");
+  EXPECT_EQ(*reopened.lookup("a")->body, "three");
+  EXPECT_EQ(reopened.lookup("a")->headers->at("ETag"), "\"three\"");
   ASSERT_NE(reopened.lookup("b"), nullptr);
   EXPECT_EQ(reopened.lookup("gone"), nullptr);
   reopened.clear();
@@ -67,7 +68,7 @@ TEST_F(HttpCacheWriteBehindTest, EntriesEvictedFromMemoryAreReadBackFromTheFile)
   for (int i = 0; i < 10; ++i) {
     auto found = cache.lookup("k" + std::to_string(i));
     ASSERT_NE(found, nullptr) << i;
-    EXPECT_EQ(found->body, std::to_string(i));
+    EXPECT_EQ(*found->body, std::to_string(i));
   }
 }
 
@@ -91,7 +92,7 @@ TEST_F(HttpCacheWriteBehindTest, ConcurrentStoresAndLookupsKeepEveryEntry) {
       const auto key = std::to_string(t) + "-" + std::to_string(i);
       auto found = cache.lookup(key);
       ASSERT_NE(found, nullptr) << key;
-      EXPECT_EQ(found->body, key);
+      EXPECT_EQ(*found->body, key);
     }
   }
 }

@@ -58,6 +58,10 @@ bool isAbsoluteHttpUrl(std::string_view url) {
 
 }  // namespace
 
+bool HTTPURLResponse::acceptsURL(std::string_view url) {
+  return isAbsoluteHttpUrl(url);
+}
+
 bool CaseInsensitiveLess::operator()(std::string_view a, std::string_view b) const {
   return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
                                       [](char x, char y) { return lower(x) < lower(y); });
@@ -73,19 +77,28 @@ std::optional<HTTPURLResponse> HTTPURLResponse::make(std::string url, long statu
                                                      HttpHeaderFields headerFields) {
   if (statusCode < 100 || statusCode > 599 || !isAbsoluteHttpUrl(url)) return std::nullopt;
   return HTTPURLResponse(std::move(url), statusCode, std::move(httpVersion),
+                         std::make_shared<const HttpHeaderFields>(std::move(headerFields)));
+}
+
+std::optional<HTTPURLResponse> HTTPURLResponse::makeSharing(
+    std::string url, long statusCode, std::string httpVersion,
+    std::shared_ptr<const HttpHeaderFields> headerFields) {
+  if (!headerFields) headerFields = std::make_shared<const HttpHeaderFields>();
+  if (statusCode < 100 || statusCode > 599 || !isAbsoluteHttpUrl(url)) return std::nullopt;
+  return HTTPURLResponse(std::move(url), statusCode, std::move(httpVersion),
                          std::move(headerFields));
 }
 
 HTTPURLResponse::HTTPURLResponse(std::string url, long statusCode, std::string httpVersion,
-                                 HttpHeaderFields headerFields)
+                                 std::shared_ptr<const HttpHeaderFields> headerFields)
     : url_(std::move(url)),
       statusCode_(statusCode),
       httpVersion_(std::move(httpVersion)),
       headerFields_(std::move(headerFields)) {}
 
 std::optional<std::string> HTTPURLResponse::value(std::string_view headerField) const {
-  const auto it = headerFields_.find(headerField);
-  if (it == headerFields_.end()) return std::nullopt;
+  const auto it = headerFields_->find(headerField);
+  if (it == headerFields_->end()) return std::nullopt;
   return it->second;
 }
 

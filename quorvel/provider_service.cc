@@ -63,7 +63,10 @@ Headers ProviderService::clientIdentificationHeaders() const {
 }
 
 Headers ProviderService::headers() const {
-  Headers headers = clientIdentificationHeaders();
+  return withOwnHeaders(clientIdentificationHeaders());
+}
+
+Headers ProviderService::withOwnHeaders(Headers headers) const {
   const auto additional =
       clientHeaders_ ? clientHeaders_->additionalHeaders() : std::map<std::string, std::string>();
   const bool ownContentType = std::any_of(additional.begin(), additional.end(), [](const auto& h) {
@@ -100,7 +103,7 @@ void ProviderService::perform(Callback callback) const {
                                            "the core library has shut down"));
     return;
   }
-  if (!HTTPURLResponse::make(urlComponent_, 200, "1.1", {})) {
+  if (!HTTPURLResponse::acceptsURL(urlComponent_)) {
     deliver(std::nullopt, std::nullopt,
             platform::TransportError::make(platform::TransportErrorCode::kBadURL, urlComponent_));
     return;
@@ -109,8 +112,10 @@ void ProviderService::perform(Callback callback) const {
   job.url = urlComponent_;
   job.method = httpMethod_;
   job.requiresAuth = requiresAuth_;
-  job.headers = headers();
-  job.clientHeaders = clientIdentificationHeaders();
+  auto clientHeaders = clientIdentificationHeaders();
+  job.headers = withOwnHeaders(clientHeaders);
+  // Only the token exchange needs the client headers alone.
+  if (requiresAuth_) job.clientHeaders = std::move(clientHeaders);
   job.body = body_;
   job.cachingDelegate = cachingDelegate_;
   services->executor().execute(std::move(job), std::move(deliver));

@@ -49,6 +49,10 @@ class ProviderService {
   HttpMethod httpMethod() const { return httpMethod_; }
 
  private:
+  // `headers` followed by the request's own additional ones.
+  std::vector<std::pair<std::string, std::string>> withOwnHeaders(
+      std::vector<std::pair<std::string, std::string>> headers) const;
+
   AccountDetails environment_;
   std::string urlComponent_;
   bool requiresAuth_;

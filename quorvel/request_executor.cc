@@ -81,7 +81,7 @@ void RequestExecutor::execute(Job job, Completion completion) {
     send(std::move(call), std::nullopt);
     return;
   }
-  auto headers = call->job.clientHeaders;
+  auto headers = std::move(call->job.clientHeaders);
   services_.tokens().withToken(
       identity, std::move(headers), [this, call](AccessTokenManager::Outcome outcome) mutable {
         if (outcome.token) {
@@ -98,8 +98,9 @@ void RequestExecutor::send(std::shared_ptr<Call> call, std::optional<std::string
   TransportRequest request;
   request.url = call->job.url;
   request.method = call->job.method;
-  request.headers = call->job.headers;
-  request.body = call->job.body;
+  // Sent once: the job needs its headers no more.
+  request.headers = std::move(call->job.headers);
+  request.body = std::move(call->job.body);
   if (token) request.headers.emplace_back("Authorization", "Bearer " + *token);
   if (call->revalidating) {
     request.headers.emplace_back("If-None-Match", *call->revalidating->etag());
@@ -140,13 +141,13 @@ void RequestExecutor::handle(const std::shared_ptr<Call>& call,
 }
 
 void RequestExecutor::answerFromCache(const Call& call, const HttpCacheEntry& entry) {
-  auto response = HTTPURLResponse::make(call.job.url, 200, entry.httpVersion, entry.headers);
+  auto response = HTTPURLResponse::makeSharing(call.job.url, 200, entry.httpVersion, entry.headers);
   if (!response) {
     call.completion(std::nullopt, std::nullopt, badResponse(call.job.url));
     return;
   }
   std::optional<std::string> body;
-  if (!entry.body.empty()) body = entry.body;
+  if (!entry.body->empty()) body = *entry.body;
   call.completion(std::move(body), std::move(response), std::nullopt);
 }
 
@@ -167,7 +168,7 @@ void RequestExecutor::refreshAfterNotModified(const Call& call,
   const HttpCacheEntry& stored = *call.revalidating;
   // The 304's header fields replace the stored ones of the same name; then
   // the delegate has its say again, as for a new answer.
-  HttpHeaderFields headers = stored.headers;
+  HttpHeaderFields headers = *stored.headers;
   for (const auto& [name, value] : notModified.headers) {
     if (equalsIgnoringCase(name, "Content-Length") ||
         equalsIgnoringCase(name, "Content-Encoding") ||

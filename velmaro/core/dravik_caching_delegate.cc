@@ -8,8 +8,11 @@ std::shared_ptr<quorvel::CachedHTTPURLResponseTransformer> DravikCachingDelegate
     const quorvel::HTTPURLResponse& response) const {
   // Header names are compared without regard to case: HTTP/2 sends them in
   // lower case, so an exact-case match would never fire there.
-  if (!response.value(kPrivateCacheControlHeader)) return nullptr;
-  return std::make_shared<DravikCachingTransfromer>("1.1", "Cache-Control", "must-revalidate, ");
+  if (!response.allHeaderFields().contains(kPrivateCacheControlHeader)) return nullptr;
+  // Stateless: one transformer serves every answer.
+  static const auto transformer =
+      std::make_shared<DravikCachingTransfromer>("1.1", "Cache-Control", "must-revalidate, ");
+  return transformer;
 }
 
 }  // namespace velmaro

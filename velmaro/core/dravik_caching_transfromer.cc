@@ -27,15 +27,15 @@ quorvel::CachedURLResponse DravikCachingTransfromer::transform(
   fields.erase(cacheControlHeader);
   fields.emplace(cacheControlHeader, newValue);
 
-  auto transformed =
-      quorvel::HTTPURLResponse::make(response.url(), response.statusCode(), httpVersion, fields);
+  auto transformed = quorvel::HTTPURLResponse::make(response.url(), response.statusCode(),
+                                                    httpVersion, std::move(fields));
   if (!transformed) {
     quorvel::CoreLogger::error(
         "Unable to use transfromed network response, falling back to original proposed "
         "response.");
     return cachedResponse;
   }
-  return quorvel::CachedURLResponse(std::move(*transformed), cachedResponse.data());
+  return quorvel::CachedURLResponse(std::move(*transformed), cachedResponse.sharedData());
 }
 
 }  // namespace velmaro

@@ -1,5 +1,6 @@
 #include "velmaro/helpcenter/qvk_help_center_provider.h"
 
+#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/serialize.hpp>
 
 #include "quorvel/platform/url_encoding.h"
@@ -34,39 +35,43 @@ template <class Record>
 void answerQvkHelpCenterCallbackOnMainThread(const Context& ctx, QVKHelpCenterCallback<Record> cb,
                                              std::optional<std::vector<Record>> items,
                                              std::optional<Error> error) {
-  ctx.onMainThread([cb = std::move(cb), items = std::move(items), error = std::move(error)] {
-    if (!cb) {
-      QVKClassicLogger::warn("Ignoring attempt to respond on a nil QVKHelpCenterCallback");
-      return;
-    }
-    cb(items, error);
-  });
+  // Runs once: the records move on to the callback.
+  ctx.onMainThread(
+      [cb = std::move(cb), items = std::move(items), error = std::move(error)]() mutable {
+        if (!cb) {
+          QVKClassicLogger::warn("Ignoring attempt to respond on a nil QVKHelpCenterCallback");
+          return;
+        }
+        cb(std::move(items), std::move(error));
+      });
 }
 
 void answerQvkHelpCenterCategoriesCallbackOnMainThread(
     const Context& ctx, QVKHelpCenterCategoriesCallback cb,
     std::optional<HelpCenterCategoryViewModelContainer::Categories> tree,
     std::optional<Error> error) {
-  ctx.onMainThread([cb = std::move(cb), tree = std::move(tree), error = std::move(error)] {
-    if (!cb) {
-      QVKClassicLogger::warn(
-          "Ignoring attempt to respond on a nil QVKHelpCenterCategoriesCallback");
-      return;
-    }
-    cb(tree, error);
-  });
+  ctx.onMainThread(
+      [cb = std::move(cb), tree = std::move(tree), error = std::move(error)]() mutable {
+        if (!cb) {
+          QVKClassicLogger::warn(
+              "Ignoring attempt to respond on a nil QVKHelpCenterCategoriesCallback");
+          return;
+        }
+        cb(std::move(tree), std::move(error));
+      });
 }
 
 void answerQvkHelpCenterGenericCallbackOnMainThread(const Context& ctx,
                                                     QVKHelpCenterGenericCallback cb,
                                                     std::optional<QVKDispatcherResponse> result,
                                                     std::optional<Error> error) {
-  ctx.onMainThread([cb = std::move(cb), result = std::move(result), error = std::move(error)] {
+  ctx.onMainThread([cb = std::move(cb), result = std::move(result),
+                    error = std::move(error)]() mutable {
     if (!cb) {
       QVKClassicLogger::warn("Ignoring attempt to respond on a nil QVKHelpCenterGenericCallback");
       return;
     }
-    cb(result, error);
+    cb(std::move(result), std::move(error));
   });
 }
 
@@ -99,7 +104,12 @@ void sendList(const Context& ctx, ListRequest<Record> request, QVKHelpCenterCall
   auto urlRequest = ctx.baseRequestWithURL(request.path, request.httpMethod);
   auto onSuccess = [ctx, cb, success = request.success, parse = std::move(request.parse),
                     onAnswer = std::move(request.onAnswer)](QVKDispatcherResponse response) {
-    const auto json = Context::jsonObject(response.data);
+    // The answer's JSON lives only while the records are made from it (they
+    // copy what they keep), so one arena holds all of it and is let go at
+    // once instead of value by value.
+    unsigned char firstBlock[4096];
+    boost::json::monotonic_resource arena(firstBlock, sizeof firstBlock);
+    const auto json = Context::jsonObject(response.data, &arena);
     if (onAnswer) onAnswer(json);
     if (cb) answerQvkHelpCenterCallbackOnMainThread<Record>(ctx, cb, parse(json), std::nullopt);
     ctx.postToNotificationCenterOnMainThread(success);

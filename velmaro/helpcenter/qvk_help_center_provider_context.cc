@@ -116,12 +116,12 @@ void QVKHelpCenterProviderContext::cacheLastSearch(const std::optional<std::stri
   QVKHelpCenterSessionCache::cacheLastSearch(QVKHelpCenterLastSearch::initWithQuery(query, count));
 }
 
-boost::json::object QVKHelpCenterProviderContext::jsonObject(
-    const std::optional<std::string>& data) {
-  if (!data) return {};
+boost::json::object QVKHelpCenterProviderContext::jsonObject(const std::optional<std::string>& data,
+                                                             boost::json::storage_ptr storage) {
+  if (!data) return boost::json::object(storage);
   boost::system::error_code ec;
-  auto value = boost::json::parse(*data, ec);
-  if (ec || !value.is_object()) return {};
+  auto value = boost::json::parse(*data, ec, storage);
+  if (ec || !value.is_object()) return boost::json::object(storage);
   return std::move(value.as_object());
 }
 

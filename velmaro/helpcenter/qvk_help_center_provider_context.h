@@ -73,7 +73,9 @@ class QVKHelpCenterProviderContext {
 
   // The answer body as a JSON object; empty when it is absent, unparsable or
   // not an object (the parsers then give empty results).
-  static boost::json::object jsonObject(const std::optional<std::string>& data);
+  // `storage` holds the values; the default is the heap.
+  static boost::json::object jsonObject(const std::optional<std::string>& data,
+                                        boost::json::storage_ptr storage = {});
   // The object under `key`, or an empty one.
   static boost::json::object objectAt(const boost::json::object& json, std::string_view key);
 
