@@ -26,6 +26,11 @@ struct Outcome {
   std::optional<platform::Error> error;
 };
 
+// For failure messages: what came back instead of an answer.
+std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
+  return out << (outcome.error ? outcome.error->debugDescription() : "no error");
+}
+
 class HttpTransportTest : public ::testing::Test {
  protected:
   HttpTransportTest() : loop_(std::make_shared<platform::RunLoop>()) {
@@ -36,10 +41,20 @@ class HttpTransportTest : public ::testing::Test {
       std::this_thread::sleep_for(600ms);
       res.set_content("late", "text/plain");
     });
-    TransportLimits limits;
-    limits.requestTimeout = 300ms;
+    useTransport(TransportLimits{});
+  }
+
+  // A new transport on the same loop (the fixture's is shut down).
+  void useTransport(TransportLimits limits) {
     transport_ = std::make_unique<HttpTransport>(limits);
     transport_->attach(loop_);
+  }
+
+  // Short enough for a test, long against /slow.
+  static TransportLimits shortTimeout() {
+    TransportLimits limits;
+    limits.requestTimeout = 300ms;
+    return limits;
   }
 
   std::shared_ptr<Outcome> submit(const std::string& path) {
@@ -86,12 +101,12 @@ class HttpTransportTest : public ::testing::Test {
 TEST_F(HttpTransportTest, AKeptAliveRequestFromTheLoopsThreadIsFinishedOnThatThread) {
   const auto first = submit("/hello");  // opens the connection on the transport's thread
   ASSERT_TRUE(pumpUntilDone(*first));
-  EXPECT_EQ(first->status, 200);
+  EXPECT_EQ(first->status, 200) << *first;
   EXPECT_NE(first->thread, std::this_thread::get_id());
 
   const auto second = submit("/hello");
   ASSERT_TRUE(pumpUntilDone(*second));
-  EXPECT_EQ(second->status, 200);
+  EXPECT_EQ(second->status, 200) << *second;
   EXPECT_EQ(second->body, "hello");
   EXPECT_EQ(second->thread, std::this_thread::get_id());
   EXPECT_EQ(second->completions.load(), 1);
@@ -116,10 +131,6 @@ TEST_F(HttpTransportTest, ARequestForTheLoopCompletesEvenWhenTheLoopIsNotPumped)
 }
 
 TEST_F(HttpTransportTest, RequestsFromManyThreadsAndFromCompletionsAreEachCompletedOnce) {
-  // The default time-out: requests wait in line for one of six connections,
-  // which takes a while under the sanitizers.
-  transport_ = std::make_unique<HttpTransport>(TransportLimits{});
-  transport_->attach(loop_);
   ASSERT_TRUE(pumpUntilDone(*submit("/hello")));
   constexpr int kThreads = 4;
   constexpr int kEach = 40;
@@ -164,7 +175,7 @@ TEST_F(HttpTransportTest, RequestsFromManyThreadsAndFromCompletionsAreEachComple
   loop_->runFor(20ms);
   for (const auto& outcome : outcomes) {
     EXPECT_EQ(outcome->completions.load(), 1);
-    EXPECT_EQ(outcome->status, 200) << (outcome->error ? outcome->error->debugDescription() : "");
+    EXPECT_EQ(outcome->status, 200) << *outcome;
   }
   for (const auto& outcome : chained) {
     EXPECT_EQ(outcome->completions.load(), 1);
@@ -173,6 +184,7 @@ TEST_F(HttpTransportTest, RequestsFromManyThreadsAndFromCompletionsAreEachComple
 }
 
 TEST_F(HttpTransportTest, ATimeoutOnAKeptAliveConnectionReachesTheLoop) {
+  useTransport(shortTimeout());
   ASSERT_TRUE(pumpUntilDone(*submit("/hello")));
   const auto outcome = submit("/slow");
   ASSERT_TRUE(pumpUntilDone(*outcome));
