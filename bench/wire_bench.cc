@@ -40,9 +40,9 @@ struct Options {
   std::string emulator = QVK_EMULATOR_BINARY;
   std::string b1File;
   std::string outFile;
-  int rounds = 400;  // B2 pairs
-  int hits = 2000;   // B3 cache hits
-  int bursts = 15;   // B4 rounds of 200
+  int rounds = 3000;  // B2 pairs: enough for a stable median on a noisy 2-core VM
+  int hits = 2000;    // B3 cache hits
+  int bursts = 15;    // B4 rounds of 200
   int inFlight = 200;
   bool diagnose = false;
   bool quartiles = false;  // B2's spread, by position in the pair
