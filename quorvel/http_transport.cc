@@ -71,12 +71,16 @@ class HttpTransport::Worker : public SocketObserver {
         return true;
       }
     }
+    bool first = false;
     {
       std::lock_guard lock(queueMutex_);
       if (stopping_.load()) return false;
+      first = pending_.empty();
       pending_.push_back(Pending{std::move(request), std::move(completion)});
     }
-    poller_.wake();
+    // The thread takes the whole queue at once: a wake-up for the first
+    // request is a wake-up for those that follow it before the thread looks.
+    if (first) poller_.wake();
     return true;
   }
 

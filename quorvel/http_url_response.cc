@@ -6,8 +6,10 @@
 namespace quorvel {
 namespace {
 
-char lower(char c) {
-  return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+// ASCII only, as header names and URL schemes are: no locale lookup for
+// every character of every header comparison.
+constexpr char lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
