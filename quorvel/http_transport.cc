@@ -106,7 +106,11 @@ class HttpTransport::Worker : public SocketObserver {
     while (!stopping_.load()) {
       const int count = poller_.wait(events, std::nullopt);
       if (count < 0) {
+        // Nothing can complete any more: refuse new requests and cancel the
+        // waiting ones rather than leave them unanswered.
         CoreLogger::error("the HTTP transport cannot wait for its sockets; it stops");
+        stop();
+        for (auto& pending : takeWaiting()) pending.completion(cancelledError());
         break;
       }
       if (stopping_.load()) break;
@@ -143,11 +147,7 @@ class HttpTransport::Worker : public SocketObserver {
         poller_.lendHostSet();
         return;
       }
-      const auto sorted = poller_.sortHost(ready);
-      int running = 0;
-      for (const auto& socket : sorted.sockets) {
-        curl_multi_socket_action(multi_, socket.socket, socket.curlEvents, &running);
-      }
+      act(poller_.sortHost(ready).sockets);
       collectFinished(finished);
       updateTimer();
     }
@@ -175,10 +175,7 @@ class HttpTransport::Worker : public SocketObserver {
   std::vector<Finished> step(std::span<const epoll_event> events) {
     std::lock_guard drive(driveMutex_);
     const auto ready = poller_.sort(events);
-    int running = 0;
-    for (const auto& socket : ready.sockets) {
-      curl_multi_socket_action(multi_, socket.socket, socket.curlEvents, &running);
-    }
+    act(ready.sockets);
     std::deque<Pending> incoming;
     {
       std::lock_guard lock(queueMutex_);
@@ -186,6 +183,7 @@ class HttpTransport::Worker : public SocketObserver {
     }
     for (auto& pending : incoming) start(std::move(pending));
     if (ready.timerDue || !incoming.empty()) {
+      int running = 0;
       curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
     }
     auto finished = std::move(handedOver_);
@@ -197,6 +195,14 @@ class HttpTransport::Worker : public SocketObserver {
 
   bool onHostThread() const {
     return hostAttached_.load() && hostThread_.load() == std::this_thread::get_id();
+  }
+
+  // Lets libcurl handle what the sockets reported.
+  void act(const std::vector<TransportPoller::SocketEvent>& sockets) {
+    int running = 0;
+    for (const auto& socket : sockets) {
+      curl_multi_socket_action(multi_, socket.socket, socket.curlEvents, &running);
+    }
   }
 
   // The caller's own send: the transfer starts and its request goes out

@@ -120,12 +120,12 @@ void TransportPoller::setTimeout(long milliseconds) {
   if (timerDeadline_ && *timerDeadline_ <= deadline) return;
   const auto sinceEpoch = deadline.time_since_epoch();
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
-  itimerspec spec{};
-  spec.it_value.tv_sec = seconds.count();
-  spec.it_value.tv_nsec = std::chrono::nanoseconds(sinceEpoch - seconds).count();
-  if (spec.it_value.tv_sec == 0 && spec.it_value.tv_nsec == 0) spec.it_value.tv_nsec = 1;
+  itimerspec when{};
+  when.it_value.tv_sec = seconds.count();
+  when.it_value.tv_nsec = std::chrono::nanoseconds(sinceEpoch - seconds).count();
+  if (when.it_value.tv_sec == 0 && when.it_value.tv_nsec == 0) when.it_value.tv_nsec = 1;
   // steady_clock is CLOCK_MONOTONIC, the timer's clock.
-  if (::timerfd_settime(timerFd_, TFD_TIMER_ABSTIME, &spec, nullptr) == 0) {
+  if (::timerfd_settime(timerFd_, TFD_TIMER_ABSTIME, &when, nullptr) == 0) {
     timerDeadline_ = deadline;
   }
 }
