@@ -156,6 +156,7 @@ class HttpTransport::Worker : public SocketObserver {
 
   void socketOpened(int socket, std::string_view origin) override {
     ledger_.socketOpened(socket, origin);
+    poller_.socketOpened(socket);
   }
 
   void socketClosed(int socket) override {

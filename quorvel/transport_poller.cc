@@ -78,6 +78,11 @@ void TransportPoller::watch(int socket, int curlWhat, bool forHost) {
   Watched& watched = sockets_[socket];
   const std::uint32_t wantedBefore = watched.wanted;
   if (curlWhat == CURL_POLL_REMOVE) {
+    if (!watched.ownSocket) {
+      leaveSet(socket, watched);
+      sockets_.erase(socket);
+      return;
+    }
     // Kept in its set: the next transfer on this connection most likely
     // asks for the same events again.
     watched.wanted = 0;
@@ -88,8 +93,9 @@ void TransportPoller::watch(int socket, int curlWhat, bool forHost) {
   watched.wanted = epollEvents(curlWhat);
   if (watched.set != set) leaveSet(socket, watched);
   if (watched.set != set || watched.registered != watched.wanted) {
-    const int operation = watched.set == Set::none ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;
-    if (control(setFd(set), operation, socket, watched.wanted)) {
+    const bool added =
+        watched.set != Set::none && control(setFd(set), EPOLL_CTL_MOD, socket, watched.wanted);
+    if (added || control(setFd(set), EPOLL_CTL_ADD, socket, watched.wanted)) {
       watched.set = set;
       watched.registered = watched.wanted;
     }
@@ -103,6 +109,16 @@ bool TransportPoller::hostSnapshotHas(int socket) const {
   std::lock_guard lock(hostMutex_);
   return std::any_of(hostSnapshot_.begin(), hostSnapshot_.end(),
                      [socket](const pollfd& p) { return p.fd == socket; });
+}
+
+void TransportPoller::socketOpened(int socket) {
+  // Whatever was known of this number belonged to a descriptor now closed.
+  if (const auto it = sockets_.find(socket); it != sockets_.end()) {
+    const bool wasHost = it->second.set == Set::host;
+    sockets_.erase(it);
+    if (wasHost) refreshHostSnapshot();
+  }
+  sockets_[socket].ownSocket = true;
 }
 
 void TransportPoller::socketClosed(int socket) {

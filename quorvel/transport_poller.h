@@ -52,10 +52,14 @@ class TransportPoller {
   // False when a descriptor could not be made.
   bool ready() const;
 
-  // libcurl's wish for a socket (CURL_POLL_IN, _OUT, _INOUT or _REMOVE), and
-  // whether the host's loop finishes the transfer that uses it.
+  // libcurl's wish for a descriptor (CURL_POLL_IN, _OUT, _INOUT or _REMOVE),
+  // and whether the host's loop finishes the transfer that uses it.
   void watch(int socket, int curlWhat, bool forHost);
-  // The socket is being closed.
+  // A connection's socket was made, or is being closed. Only such sockets
+  // stay registered after libcurl stops watching them: libcurl closes its
+  // other descriptors (a name lookup's, say) without telling, and the number
+  // may come back as a new socket that must be registered anew.
+  void socketOpened(int socket);
   void socketClosed(int socket);
 
   // libcurl's timer: no timeout (< 0), now (0), or in `milliseconds`.
@@ -87,6 +91,7 @@ class TransportPoller {
  private:
   enum class Set { none, worker, host };
   struct Watched {
+    bool ownSocket = false;  // opened by the transport; its close is reported
     Set set = Set::none;
     std::uint32_t registered = 0;  // what its epoll set reports for it
     std::uint32_t wanted = 0;      // what libcurl asked for
