@@ -244,6 +244,9 @@ curl_socket_t HttpTransfer::openSocket(void* user, curlsocktype, curl_sockaddr* 
   // keep the service's connections open.
   const int socket = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
   if (socket < 0) return CURL_SOCKET_BAD;
+  // A new connection (the idle one it was sent for had been closed, say) is
+  // set up by the transport's thread, never by the host's loop.
+  transfer->forHost_ = false;
   transfer->sockets_.socketOpened(socket, transfer->origin_);
   return socket;
 }
