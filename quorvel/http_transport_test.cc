@@ -7,9 +7,7 @@
 #include <functional>
 #include <mutex>
 
-#include <netdb.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include "quorvel/core_fixture_test.h"
 #include "quorvel/platform/transport_error.h"
@@ -247,51 +245,6 @@ TEST_F(HttpTransportTest, AConnectionTheServerClosedLeavesNoBusyLoopAndIsReplace
   EXPECT_EQ(outcome->status, 200) << *outcome;
   EXPECT_EQ(outcome->completions.load(), 1);
   EXPECT_NE(outcome->thread, std::this_thread::get_id());
-}
-
-// This machine's name, when it resolves to the test server's address.
-std::optional<std::string> loopbackHostName() {
-  char name[256] = {};
-  if (::gethostname(name, sizeof name - 1) != 0) return std::nullopt;
-  addrinfo hints{};
-  hints.ai_family = AF_INET;
-  addrinfo* found = nullptr;
-  if (::getaddrinfo(name, nullptr, &hints, &found) != 0) return std::nullopt;
-  const auto* address = reinterpret_cast<const sockaddr_in*>(found->ai_addr);
-  const bool loopback = address->sin_addr.s_addr == htonl(INADDR_LOOPBACK);
-  ::freeaddrinfo(found);
-  return loopback ? std::optional<std::string>(name) : std::nullopt;
-}
-
-TEST_F(HttpTransportTest, AHostNameIsLookedUpWithoutLosingTheConnectionsEvents) {
-  // A name goes through libcurl's resolver, whose own descriptors come and
-  // go before the connection's socket is made ("localhost" does not: libcurl
-  // answers it itself).
-  const auto host = loopbackHostName();
-  if (!host) GTEST_SKIP() << "this machine's name does not resolve to 127.0.0.1";
-  // A connect time-out below libcurl's own retry timers: a socket whose
-  // events never arrive fails here instead of limping on.
-  TransportLimits limits;
-  limits.connectTimeout = 150ms;
-  useTransport(limits);
-  const std::string url =
-      "http://" + *host + ":" + server_.url().substr(server_.url().rfind(':') + 1);
-  for (int i = 0; i < 3; ++i) {
-    SCOPED_TRACE(i);
-    auto outcome = std::make_shared<Outcome>();
-    TransportRequest request;
-    request.url = url + "/hello";
-    transport_->submit(std::move(request), [outcome](platform::Result<TransportResponse> result) {
-      if (result.ok()) outcome->status = result.value().statusCode;
-      if (!result.ok()) outcome->error = result.error();
-      ++outcome->completions;
-    });
-    ASSERT_TRUE(pumpUntilDone(*outcome));
-    EXPECT_EQ(outcome->status, 200) << *outcome;
-    // A new connection each time: the next name lookup reuses descriptor numbers.
-    transport_ = nullptr;
-    useTransport(limits);
-  }
 }
 
 }  // namespace

@@ -34,6 +34,13 @@ struct Pair {
   int peer = -1;
 };
 
+// A connection's socket as the transport registers it: opened by it, then
+// watched for input.
+void watchConnection(TransportPoller& poller, const Pair& connection, bool forHost) {
+  poller.socketOpened(connection.ours);
+  poller.watch(connection.ours, CURL_POLL_IN, forHost);
+}
+
 // The sockets the transport's thread would hand to libcurl after waiting up
 // to `timeout`.
 std::vector<int> readyForWorker(TransportPoller& poller, std::chrono::milliseconds timeout) {
@@ -61,8 +68,7 @@ TEST(TransportPollerTest, ANumberThatComesBackAsANewSocketIsRegisteredAnew) {
   }
   Pair connection;
   ASSERT_EQ(connection.ours, reused) << "the system hands out the lowest free number";
-  poller.socketOpened(connection.ours);
-  poller.watch(connection.ours, CURL_POLL_IN, false);
+  watchConnection(poller, connection, false);
   connection.send();
   EXPECT_EQ(readyForWorker(poller, 2s), std::vector<int>{connection.ours});
 }
@@ -70,8 +76,7 @@ TEST(TransportPollerTest, ANumberThatComesBackAsANewSocketIsRegisteredAnew) {
 TEST(TransportPollerTest, AnIdleConnectionTheServerClosedLeavesTheSetAfterOneEvent) {
   TransportPoller poller;
   Pair connection;
-  poller.socketOpened(connection.ours);
-  poller.watch(connection.ours, CURL_POLL_IN, false);
+  watchConnection(poller, connection, false);
   poller.watch(connection.ours, CURL_POLL_REMOVE, false);  // kept registered, unwatched
   ::close(connection.peer);
   connection.peer = -1;
@@ -88,8 +93,7 @@ TEST(TransportPollerTest, AnIdleConnectionTheServerClosedLeavesTheSetAfterOneEve
 TEST(TransportPollerTest, TheHostsSocketsReachTheThreadOnlyWhileLent) {
   TransportPoller poller;
   Pair connection;
-  poller.socketOpened(connection.ours);
-  poller.watch(connection.ours, CURL_POLL_IN, true);
+  watchConnection(poller, connection, true);
   std::vector<pollfd> watched;
   poller.hostDescriptors(watched);
   ASSERT_EQ(watched.size(), 1U);
