@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include <curl/curl.h>
@@ -21,6 +23,11 @@ namespace {
 
 using platform::TransportError;
 using platform::TransportErrorCode;
+using Clock = std::chrono::steady_clock;
+
+// How long a transfer sent for the host's loop outside its pumps waits for
+// the loop before the transport's thread watches it instead.
+constexpr std::chrono::milliseconds kHostGrace{5};
 
 platform::Error cancelledError() {
   return TransportError::make(TransportErrorCode::kCancelled, "the transport was shut down");
@@ -187,6 +194,7 @@ class HttpTransport::Worker : public SocketObserver {
       int running = 0;
       curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
     }
+    if (ready.timerDue) endHostGraceIfDue();
     auto finished = std::move(handedOver_);
     handedOver_.clear();
     collectFinished(finished);
@@ -209,10 +217,8 @@ class HttpTransport::Worker : public SocketObserver {
   // The caller's own send: the transfer starts and its request goes out
   // before this returns. What finishes meanwhile is completed by the
   // transport's thread, so that completions never run inside submit().
-  // A transfer for the host's loop is watched by the transport's thread
-  // until the loop next sleeps, when the loop is not pumping now.
   void sendHere(Pending pending, bool forHost) {
-    if (forHost && hostDepth_ == 0) poller_.lendHostSet();
+    if (forHost && hostDepth_ == 0) startHostGrace();
     start(std::move(pending), forHost);
     int running = 0;
     curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
@@ -310,9 +316,31 @@ class HttpTransport::Worker : public SocketObserver {
     }
   }
 
+  // A transfer for the host's loop sent while the loop is not pumping: most
+  // likely the caller pumps it next. Lending the loop's sockets to this
+  // thread at once would let it race the loop for the answer (and cost two
+  // system calls a call), so the thread takes them over only if the loop has
+  // not started pumping within a grace period: a caller that sends and then
+  // blocks still gets its answer.
+  void startHostGrace() {
+    if (!hostGraceEnds_) hostGraceEnds_ = Clock::now() + kHostGrace;
+  }
+
+  void endHostGraceIfDue() {
+    if (!hostGraceEnds_ || Clock::now() < *hostGraceEnds_) return;
+    hostGraceEnds_.reset();
+    if (hostDepth_ == 0 && poller_.hostSetBusy()) poller_.lendHostSet();
+  }
+
   void updateTimer() {
     long milliseconds = -1;
     curl_multi_timeout(multi_, &milliseconds);
+    if (hostGraceEnds_) {
+      const auto left =
+          std::chrono::ceil<std::chrono::milliseconds>(*hostGraceEnds_ - Clock::now());
+      const long grace = std::max<long>(0, static_cast<long>(left.count()));
+      milliseconds = milliseconds < 0 ? grace : std::min(milliseconds, grace);
+    }
     poller_.setTimeout(milliseconds);
   }
 
@@ -347,6 +375,8 @@ class HttpTransport::Worker : public SocketObserver {
   std::vector<std::unique_ptr<HttpTransfer>> active_;
   // Finished while a submitting thread drove libcurl: the thread completes them.
   std::vector<Finished> handedOver_;
+  // When the grace for transfers sent outside the loop's pumps ends.
+  std::optional<Clock::time_point> hostGraceEnds_;
   bool closed_ = false;  // the thread has ended; nothing may start
 };
 
