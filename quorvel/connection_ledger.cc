@@ -54,6 +54,11 @@ void ConnectionLedger::forgetIfUnused(std::string_view origin) {
   }
 }
 
+std::size_t ConnectionLedger::transfers(std::string_view origin) const {
+  const auto it = origins_.find(std::string(origin));
+  return it == origins_.end() ? 0 : it->second.transfers;
+}
+
 bool ConnectionLedger::hasIdleConnection(std::string_view origin) const {
   const auto it = origins_.find(std::string(origin));
   return it != origins_.end() && it->second.sockets > it->second.transfers;

@@ -26,6 +26,8 @@ class ConnectionLedger {
 
   // True when more sockets to `origin` are open than transfers to it run.
   bool hasIdleConnection(std::string_view origin) const;
+  // The transfers to `origin` that run.
+  std::size_t transfers(std::string_view origin) const;
 
   std::size_t openSockets() const { return socketOrigins_.size(); }
 

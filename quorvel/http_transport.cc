@@ -29,6 +29,12 @@ using Clock = std::chrono::steady_clock;
 // the loop before the transport's thread watches it instead.
 constexpr std::chrono::milliseconds kHostGrace{5};
 
+// Connections libcurl opens to one origin, and transfers to one origin it is
+// given at once. Transfers beyond that wait in the transport's own queue:
+// libcurl's queue of transfers waiting for a connection costs it about as
+// much again per transfer as the transfer itself.
+constexpr std::size_t kMaxPerOrigin = 6;
+
 platform::Error cancelledError() {
   return TransportError::make(TransportErrorCode::kCancelled, "the transport was shut down");
 }
@@ -48,7 +54,7 @@ class HttpTransport::Worker : public SocketObserver {
   explicit Worker(TransportLimits limits) : limits_(limits) {
     multi_ = curl_multi_init();
     curl_multi_setopt(multi_, CURLMOPT_PIPELINING, CURLPIPE_MULTIPLEX);
-    curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
+    curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, static_cast<long>(kMaxPerOrigin));
     curl_multi_setopt(multi_, CURLMOPT_SOCKETFUNCTION, onSocket);
     curl_multi_setopt(multi_, CURLMOPT_SOCKETDATA, this);
     share_ = curl_share_init();
@@ -157,6 +163,8 @@ class HttpTransport::Worker : public SocketObserver {
       act(poller_.sortHost(ready).sockets);
       collectFinished(finished);
       updateTimer();
+      // A place came free: the transport's thread starts what waits for it.
+      if (!finished.empty() && !waiting_.empty()) poller_.wake();
     }
     deliver(std::move(finished));
   }
@@ -189,17 +197,42 @@ class HttpTransport::Worker : public SocketObserver {
       std::lock_guard lock(queueMutex_);
       incoming.swap(pending_);
     }
-    for (auto& pending : incoming) start(std::move(pending));
-    if (ready.timerDue || !incoming.empty()) {
+    for (auto& pending : incoming) waiting_.push_back(std::move(pending));
+    auto finished = std::move(handedOver_);
+    handedOver_.clear();
+    // Transfers that finish free a place for a waiting one: round and round
+    // until neither happens.
+    bool started = startWaiting();
+    if (ready.timerDue || started) {
       int running = 0;
       curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
     }
     if (ready.timerDue) endHostGraceIfDue();
-    auto finished = std::move(handedOver_);
-    handedOver_.clear();
-    collectFinished(finished);
+    for (;;) {
+      const std::size_t before = finished.size();
+      collectFinished(finished);
+      if (finished.size() == before || !startWaiting()) break;
+      int running = 0;
+      curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
+    }
     updateTimer();
     return finished;
+  }
+
+  // Hands waiting requests to libcurl while their origins have room;
+  // true when one was started.
+  bool startWaiting() {
+    bool started = false;
+    for (auto it = waiting_.begin(); it != waiting_.end();) {
+      if (ledger_.transfers(ConnectionLedger::originOf(it->request.url)) >= kMaxPerOrigin) {
+        ++it;
+        continue;
+      }
+      start(std::move(*it));
+      it = waiting_.erase(it);
+      started = true;
+    }
+    return started;
   }
 
   bool onHostThread() const {
@@ -284,6 +317,10 @@ class HttpTransport::Worker : public SocketObserver {
       closed_ = true;
       finished = std::move(handedOver_);
       handedOver_.clear();
+      for (auto& pending : waiting_) {
+        finished.push_back({std::move(pending.completion), cancelledError()});
+      }
+      waiting_.clear();
       for (auto& transfer : active_) {
         curl_multi_remove_handle(multi_, transfer->easy());
         ledger_.transferFinished(transfer->origin());
@@ -375,6 +412,8 @@ class HttpTransport::Worker : public SocketObserver {
   std::vector<std::unique_ptr<HttpTransfer>> active_;
   // Finished while a submitting thread drove libcurl: the thread completes them.
   std::vector<Finished> handedOver_;
+  // Requests taken from the queue whose origin has no room yet, in order.
+  std::deque<Pending> waiting_;
   // When the grace for transfers sent outside the loop's pumps ends.
   std::optional<Clock::time_point> hostGraceEnds_;
   bool closed_ = false;  // the thread has ended; nothing may start

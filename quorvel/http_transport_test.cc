@@ -202,15 +202,22 @@ TEST_F(HttpTransportTest, ATimeoutOnAKeptAliveConnectionReachesTheLoop) {
   EXPECT_EQ(outcome->error->code, static_cast<long>(platform::TransportErrorCode::kTimedOut));
 }
 
-TEST_F(HttpTransportTest, ShutdownCancelsARequestTheLoopWaitsForExactlyOnce) {
+TEST_F(HttpTransportTest, ShutdownCancelsEveryRequestOnceRunningOrWaitingForAConnection) {
   ASSERT_TRUE(pumpUntilDone(*submit("/hello")));
-  const auto outcome = submit("/slow");
+  // One the loop waits for, and more than one origin's six connections carry.
+  std::vector<std::shared_ptr<Outcome>> outcomes{submit("/slow")};
   ASSERT_TRUE(pumpUntil([&] { return server_.count("/slow") == 1; }));
+  std::thread([&] {
+    for (int i = 0; i < 9; ++i) outcomes.push_back(submit("/slow"));
+  }).join();
+  ASSERT_TRUE(pumpUntil([&] { return server_.count("/slow") == 6; }));
   transport_->shutdown();
   loop_->runFor(20ms);
-  EXPECT_EQ(outcome->completions.load(), 1);
-  ASSERT_TRUE(outcome->error);
-  EXPECT_EQ(outcome->error->code, static_cast<long>(platform::TransportErrorCode::kCancelled));
+  for (const auto& outcome : outcomes) {
+    EXPECT_EQ(outcome->completions.load(), 1);
+    ASSERT_TRUE(outcome->error);
+    EXPECT_EQ(outcome->error->code, static_cast<long>(platform::TransportErrorCode::kCancelled));
+  }
 
   const auto afterwards = submit("/hello");
   EXPECT_EQ(afterwards->completions.load(), 1);
