@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "velmaro/helpcenter/keyed_array_decoding.h"
+#include "velmaro/util/keyed_array_decoding.h"
 
 namespace velmaro {
 

@@ -1,6 +1,6 @@
 #include "velmaro/helpcenter/help_center_category_view_model_container.h"
 
-#include "velmaro/helpcenter/keyed_array_decoding.h"
+#include "velmaro/util/keyed_array_decoding.h"
 #include "velmaro/util/keyed_decoding_container.h"
 
 namespace velmaro {

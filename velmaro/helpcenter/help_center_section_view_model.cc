@@ -1,6 +1,6 @@
 #include "velmaro/helpcenter/help_center_section_view_model.h"
 
-#include "velmaro/helpcenter/keyed_array_decoding.h"
+#include "velmaro/util/keyed_array_decoding.h"
 #include "velmaro/util/qvk_localization.h"
 #include "velmaro/util/string_format.h"
 

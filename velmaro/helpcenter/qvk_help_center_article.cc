@@ -5,7 +5,7 @@
 #include <boost/json/serialize.hpp>
 
 #include "quorvel/platform/html_text.h"
-#include "velmaro/helpcenter/json_value_conversion.h"
+#include "velmaro/util/json_value_conversion.h"
 #include "velmaro/util/qvk_classic_logger.h"
 
 namespace velmaro {

@@ -2,7 +2,7 @@
 
 #include <boost/json/serialize.hpp>
 
-#include "velmaro/helpcenter/json_value_conversion.h"
+#include "velmaro/util/json_value_conversion.h"
 #include "velmaro/util/string_format.h"
 
 namespace velmaro {
@@ -25,15 +25,7 @@ QVKHelpCenterArticleVote QVKHelpCenterArticleVote::parseArticleVote(
 
 std::vector<QVKHelpCenterArticleVote> QVKHelpCenterArticleVote::parseArticleVotes(
     const boost::json::object& json) {
-  std::vector<QVKHelpCenterArticleVote> votes;
-  const auto* elements = J::array(json, "votes");
-  if (elements == nullptr) return votes;
-  votes.reserve(elements->size());
-  static const boost::json::object kEmpty;
-  for (const auto& element : *elements) {
-    votes.push_back(parseArticleVote(element.is_object() ? element.get_object() : kEmpty));
-  }
-  return votes;
+  return J::parseList(json, "votes", &parseArticleVote);
 }
 
 std::string QVKHelpCenterArticleVote::description() const {

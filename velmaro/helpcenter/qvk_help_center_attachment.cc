@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "velmaro/helpcenter/json_value_conversion.h"
+#include "velmaro/util/json_value_conversion.h"
 #include "velmaro/util/string_format.h"
 
 namespace velmaro {
@@ -24,15 +24,7 @@ QVKHelpCenterAttachment QVKHelpCenterAttachment::parseAttachment(const boost::js
 
 std::vector<QVKHelpCenterAttachment> QVKHelpCenterAttachment::parseAttachments(
     const boost::json::object& json) {
-  std::vector<QVKHelpCenterAttachment> attachments;
-  const auto* elements = J::array(json, "article_attachments");
-  if (elements == nullptr) return attachments;
-  attachments.reserve(elements->size());
-  static const boost::json::object kEmpty;
-  for (const auto& element : *elements) {
-    attachments.push_back(parseAttachment(element.is_object() ? element.get_object() : kEmpty));
-  }
-  return attachments;
+  return J::parseList(json, "article_attachments", &parseAttachment);
 }
 
 std::string QVKHelpCenterAttachment::humanReadableFileSize() const {

@@ -1,6 +1,6 @@
 #include "velmaro/helpcenter/qvk_help_center_category.h"
 
-#include "velmaro/helpcenter/json_value_conversion.h"
+#include "velmaro/util/json_value_conversion.h"
 
 namespace velmaro {
 
@@ -24,15 +24,7 @@ QVKHelpCenterCategory QVKHelpCenterCategory::parseCategory(const boost::json::ob
 
 std::vector<QVKHelpCenterCategory> QVKHelpCenterCategory::parseCategories(
     const boost::json::object& json) {
-  std::vector<QVKHelpCenterCategory> categories;
-  const auto* elements = J::array(json, "categories");
-  if (elements == nullptr) return categories;
-  categories.reserve(elements->size());
-  static const boost::json::object kEmpty;
-  for (const auto& element : *elements) {
-    categories.push_back(parseCategory(element.is_object() ? element.get_object() : kEmpty));
-  }
-  return categories;
+  return J::parseList(json, "categories", &parseCategory);
 }
 
 }  // namespace velmaro

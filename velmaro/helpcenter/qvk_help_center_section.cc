@@ -1,6 +1,6 @@
 #include "velmaro/helpcenter/qvk_help_center_section.h"
 
-#include "velmaro/helpcenter/json_value_conversion.h"
+#include "velmaro/util/json_value_conversion.h"
 
 namespace velmaro {
 
@@ -26,15 +26,7 @@ QVKHelpCenterSection QVKHelpCenterSection::parseSection(const boost::json::objec
 
 std::vector<QVKHelpCenterSection> QVKHelpCenterSection::parseSections(
     const boost::json::object& json) {
-  std::vector<QVKHelpCenterSection> sections;
-  const auto* elements = J::array(json, "sections");
-  if (elements == nullptr) return sections;
-  sections.reserve(elements->size());
-  static const boost::json::object kEmpty;
-  for (const auto& element : *elements) {
-    sections.push_back(parseSection(element.is_object() ? element.get_object() : kEmpty));
-  }
-  return sections;
+  return J::parseList(json, "sections", &parseSection);
 }
 
 }  // namespace velmaro

@@ -2,7 +2,7 @@
 
 #include <boost/json/serialize.hpp>
 
-#include "velmaro/helpcenter/json_value_conversion.h"
+#include "velmaro/util/json_value_conversion.h"
 
 namespace velmaro {
 
@@ -18,15 +18,7 @@ QVKHelpCenterSimpleArticle QVKHelpCenterSimpleArticle::parseSimpleArticle(
 
 std::vector<QVKHelpCenterSimpleArticle> QVKHelpCenterSimpleArticle::parseDeflectionSearchResults(
     const boost::json::object& json) {
-  std::vector<QVKHelpCenterSimpleArticle> articles;
-  const auto* elements = J::array(json, "results");
-  if (elements == nullptr) return articles;
-  articles.reserve(elements->size());
-  static const boost::json::object kEmpty;
-  for (const auto& element : *elements) {
-    articles.push_back(parseSimpleArticle(element.is_object() ? element.get_object() : kEmpty));
-  }
-  return articles;
+  return J::parseList(json, "results", &parseSimpleArticle);
 }
 
 std::string QVKHelpCenterSimpleArticle::description() const {

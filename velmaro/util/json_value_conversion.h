@@ -11,11 +11,11 @@
 
 namespace velmaro {
 
-// How Help Center records read the values under their keys. Nothing here
-// fails: a missing key or a value of another type gives an absent value, or
-// 0 / false for the integer and boolean conversions, which read numbers,
-// booleans and numeric text the way a phone platform's integer-value and
-// boolean-value conversions do.
+// How records read the values under their keys. Nothing here fails: a
+// missing key or a value of another type gives an absent value, or 0 / false
+// for the integer and boolean conversions, which read numbers, booleans and
+// numeric text the way a phone platform's integer-value and boolean-value
+// conversions do.
 class JsonValueConversion {
  public:
   static std::optional<std::string> string(const boost::json::object& json, std::string_view key);
@@ -38,6 +38,24 @@ class JsonValueConversion {
 
   // The array under `key`, or null when it is missing or not an array.
   static const boost::json::array* array(const boost::json::object& json, std::string_view key);
+  // The object under `key`, or an empty one when it is missing or not an object.
+  static const boost::json::object& objectAt(const boost::json::object& json, std::string_view key);
+  // The value as an object; an empty one when it is not an object.
+  static const boost::json::object& asObject(const boost::json::value& value);
+
+  // The records of the array under `key`, one per element in order, each made
+  // by `parseOne` (an element that is not an object is read as an empty one);
+  // none when the key is missing or not an array.
+  template <class Record>
+  static std::vector<Record> parseList(const boost::json::object& json, std::string_view key,
+                                       Record (*parseOne)(const boost::json::object&)) {
+    std::vector<Record> records;
+    const auto* elements = array(json, key);
+    if (elements == nullptr) return records;
+    records.reserve(elements->size());
+    for (const auto& element : *elements) records.push_back(parseOne(asObject(element)));
+    return records;
+  }
 };
 
 }  // namespace velmaro

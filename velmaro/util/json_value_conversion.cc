@@ -1,4 +1,4 @@
-#include "velmaro/helpcenter/json_value_conversion.h"
+#include "velmaro/util/json_value_conversion.h"
 
 #include <cmath>
 #include <cstdio>
@@ -181,6 +181,17 @@ const boost::json::array* JsonValueConversion::array(const boost::json::object& 
                                                      std::string_view key) {
   const auto* value = json.if_contains(key);
   return (value != nullptr && value->is_array()) ? &value->get_array() : nullptr;
+}
+
+const boost::json::object& JsonValueConversion::objectAt(const boost::json::object& json,
+                                                         std::string_view key) {
+  const auto* value = json.if_contains(key);
+  return value != nullptr ? asObject(*value) : asObject(nullptr);
+}
+
+const boost::json::object& JsonValueConversion::asObject(const boost::json::value& value) {
+  static const boost::json::object kEmpty;
+  return value.is_object() ? value.get_object() : kEmpty;
 }
 
 }  // namespace velmaro
