@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "velmaro/helpcenter/json_value_conversion.h"
+#include "quorvel/platform/text_comparison.h"
+#include "velmaro/util/json_value_conversion.h"
 
 namespace velmaro {
 
@@ -10,25 +11,11 @@ using J = JsonValueConversion;
 
 namespace {
 
-const boost::json::object& asObject(const boost::json::value& element) {
-  static const boost::json::object kEmpty;
-  return element.is_object() ? element.get_object() : kEmpty;
-}
-
-// Case-insensitive order of names, ASCII letters folded; an absent name
+// Case-insensitive order of names (Unicode case folding); an absent name
 // sorts before every present one.
 int compareIgnoringCase(const std::optional<std::string>& a, const std::optional<std::string>& b) {
   if (!a || !b) return a ? 1 : (b ? -1 : 0);
-  const auto fold = [](char c) {
-    return static_cast<unsigned char>((c >= 'A' && c <= 'Z') ? c - 'A' + 'a' : c);
-  };
-  const std::size_t n = std::min(a->size(), b->size());
-  for (std::size_t i = 0; i < n; ++i) {
-    const auto x = fold((*a)[i]);
-    const auto y = fold((*b)[i]);
-    if (x != y) return x < y ? -1 : 1;
-  }
-  return a->size() == b->size() ? 0 : (a->size() < b->size() ? -1 : 1);
+  return quorvel::platform::TextComparison::caseInsensitiveCompare(*a, *b);
 }
 
 const std::optional<std::string>& nameOf(const auto& optionalRecord) {
@@ -53,7 +40,7 @@ QVKHelpCenterParser::SectionLookup QVKHelpCenterParser::createSectionLookup(
   SectionLookup lookup;
   lookup.reserve(sections.size());
   for (const auto& element : sections) {
-    auto section = QVKHelpCenterSection::parseSection(asObject(element));
+    auto section = QVKHelpCenterSection::parseSection(J::asObject(element));
     if (section.identifier) lookup.insert_or_assign(*section.identifier, std::move(section));
   }
   return lookup;
@@ -64,7 +51,7 @@ QVKHelpCenterParser::CategoryLookup QVKHelpCenterParser::createCategoryLookup(
   CategoryLookup lookup;
   lookup.reserve(categories.size());
   for (const auto& element : categories) {
-    auto category = QVKHelpCenterCategory::parseCategory(asObject(element));
+    auto category = QVKHelpCenterCategory::parseCategory(J::asObject(element));
     if (category.identifier) lookup.insert_or_assign(*category.identifier, std::move(category));
   }
   return lookup;
@@ -75,7 +62,7 @@ QVKHelpCenterParser::UserLookup QVKHelpCenterParser::createAuthorLookup(
   UserLookup lookup;
   lookup.reserve(users.size());
   for (const auto& element : users) {
-    const auto& user = asObject(element);
+    const auto& user = J::asObject(element);
     auto id = J::number(user, "id");
     auto name = J::string(user, "name");
     if (id && name) lookup.insert_or_assign(*id, std::move(*name));
@@ -118,7 +105,7 @@ std::vector<QVKHelpCenterArticle> QVKHelpCenterParser::parseArticlesWithRootKey(
       response.if_contains("sections") != nullptr && response.if_contains("categories") != nullptr;
   articles.reserve(elements->size());
   for (const auto& element : *elements) {
-    auto article = QVKHelpCenterArticle::parseArticle(asObject(element));
+    auto article = QVKHelpCenterArticle::parseArticle(J::asObject(element));
     if (article.author_id) {
       if (auto it = userLookup_.find(*article.author_id); it != userLookup_.end()) {
         article.author_name = it->second;
