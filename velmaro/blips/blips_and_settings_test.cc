@@ -124,7 +124,6 @@ TEST_F(ThroughTheCoreTest, BeforeInitializationNoProviderEverAnswers) {
 TEST_F(ThroughTheCoreTest, EventsCarryTheirVocabularyAndPayloads) {
   start(server_.url());
   HelpCenterBlips::blipSearchQuery("reset password");
-  HelpCenterBlips::blipArticleVote("abc", 1);  // not a number: nothing is sent
   HelpCenterBlips::blipArticleVote("4021", -1);
   HelpCenterBlips::blipArticleViewed("Title", "https://h/a/1", "en-US", 77, "en-us");
   RequestBlips::requestCreatedBlip("12");
@@ -157,6 +156,29 @@ TEST_F(ThroughTheCoreTest, EventsCarryTheirVocabularyAndPayloads) {
   EXPECT_EQ(blips[3].at("action"), "requestCreated");
   EXPECT_EQ(boost::json::serialize(blips[3].at("value")), R"({"requestId":"12"})");
   EXPECT_EQ(blips[4].at("action"), "requestUpdated");
+}
+
+TEST_F(ThroughTheCoreTest, AnArticleVoteIsSentOnlyForASignedDecimalId) {
+  start(server_.url());
+  struct Case {
+    const char* text;
+    std::optional<std::int64_t> sent;
+  };
+  const Case cases[] = {
+      {"4021", 4021},          {"+4021", 4021},       {"-7", -7},
+      {"abc", std::nullopt},   {"", std::nullopt},    {" 4021", std::nullopt},
+      {"4021x", std::nullopt}, {"+-1", std::nullopt}, {"9223372036854775808", std::nullopt},
+  };
+  std::vector<std::int64_t> expected;
+  for (const auto& c : cases) {
+    HelpCenterBlips::blipArticleVote(c.text, 1);
+    if (c.sent) expected.push_back(*c.sent);
+  }
+  flush();
+  std::vector<std::int64_t> sent;
+  for (const auto& blip : receivedBlips())
+    sent.push_back(blip.at("value").at("articleId").to_number<std::int64_t>());
+  EXPECT_EQ(sent, expected);
 }
 
 }  // namespace
