@@ -11,6 +11,7 @@
 #include "quorvel/quorvel.h"
 #include "velmaro/core/qvk_dispatcher_response.h"
 #include "velmaro/core/qvk_provider.h"
+#include "velmaro/helpcenter/help_center_callbacks.h"
 #include "velmaro/helpcenter/help_center_category_view_model_container.h"
 #include "velmaro/helpcenter/help_center_notifications.h"
 #include "velmaro/helpcenter/qvk_help_center_article.h"
@@ -27,20 +28,19 @@
 
 namespace velmaro {
 
-// Callbacks: each takes a result (absent on error) and an optional error. An
-// empty std::function is an absent callback.
-template <class Record>
-using QVKHelpCenterCallback = std::function<void(std::optional<std::vector<Record>>,
-                                                 std::optional<quorvel::platform::Error>)>;
-using QVKHelpCenterCategoriesCallback =
-    std::function<void(std::optional<HelpCenterCategoryViewModelContainer::Categories>,
-                       std::optional<quorvel::platform::Error>)>;
-using QVKHelpCenterGenericCallback = std::function<void(std::optional<QVKDispatcherResponse>,
-                                                        std::optional<quorvel::platform::Error>)>;
+// Any provider that can vote an article up: the user interface takes the
+// provider through this, so that another one can stand in for it.
+template <class T>
+concept HelpCenterProviderProtocol =
+    requires(T& provider, std::optional<std::string> articleId,
+             QVKHelpCenterCallback<QVKHelpCenterArticleVote> callback) {
+  provider.upVoteArticle(articleId, callback);
+};
 
 // The Help Center's entry point: every operation sends one request through
 // the API dispatcher and answers its callback, and posts its notifications
 // (sender: this provider), asynchronously on the core library's main queue.
+// Operations may be called from any thread.
 //
 // The provider keeps nothing between calls. An operation in flight holds only
 // the core object and the provider's address (as the notifications' sender),
@@ -134,6 +134,11 @@ class QVKHelpCenterProvider : public QVKProvider {
   // error 2001 ("com.quorvel.support"), then with the vote request's outcome.
   void upVoteArticleWithId(std::optional<std::string> articleId,
                            QVKHelpCenterCallback<QVKHelpCenterArticleVote> cb);
+  // HelpCenterProviderProtocol's name for upVoteArticleWithId.
+  void upVoteArticle(std::optional<std::string> articleId,
+                     QVKHelpCenterCallback<QVKHelpCenterArticleVote> cb) {
+    upVoteArticleWithId(std::move(articleId), std::move(cb));
+  }
   void downVoteArticleWithId(std::optional<std::string> articleId,
                              QVKHelpCenterCallback<QVKHelpCenterArticleVote> cb);
   void removeVoteWithId(std::optional<std::string> voteId, QVKHelpCenterGenericCallback cb);
@@ -181,5 +186,7 @@ class QVKHelpCenterProvider : public QVKProvider {
   static constexpr const char* kVotingDisabledMessage =
       "Help Center Article Voting is disabled, can't execute network request";
 };
+
+static_assert(HelpCenterProviderProtocol<QVKHelpCenterProvider>);
 
 }  // namespace velmaro

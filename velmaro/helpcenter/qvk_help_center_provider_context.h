@@ -1,52 +1,34 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include <boost/json/object.hpp>
 
-#include "quorvel/platform/error.h"
-#include "quorvel/platform/url.h"
-#include "quorvel/platform/url_request.h"
-#include "quorvel/quorvel.h"
-#include "velmaro/core/qvk_api_dispatcher.h"
+#include "velmaro/core/answer_parsing.h"
+#include "velmaro/core/provider_context.h"
+#include "velmaro/helpcenter/help_center_notifications.h"
+#include "velmaro/util/json_value_conversion.h"
 #include "velmaro/util/qvk_validator.h"
 
 namespace velmaro {
 
-// What an operation of the Help Center provider needs after its call has
-// returned: the core object and the provider's identity as the sender of its
-// notifications. Operations copy it into their completions instead of
-// capturing the provider, so a provider may go away with calls in flight.
-class QVKHelpCenterProviderContext {
+// The provider core with what only the Help Center needs: the locale of a
+// request, the article-voting gate and the last search.
+class QVKHelpCenterProviderContext : public ProviderContext {
  public:
-  using Error = quorvel::platform::Error;
   using LocaleContinuation = std::function<void(std::optional<std::string>)>;
   using VotingContinuation = std::function<void(std::optional<Error>)>;
 
-  QVKHelpCenterProviderContext(std::shared_ptr<quorvel::Quorvel> core, const void* sender)
-      : core_(std::move(core)), sender_(sender) {}
+  // The names of the three callback kinds, as the absent-callback warning
+  // gives them.
+  static constexpr const char* kListCallback = "QVKHelpCenterCallback";
+  static constexpr const char* kCategoriesCallback = "QVKHelpCenterCategoriesCallback";
+  static constexpr const char* kGenericCallback = "QVKHelpCenterGenericCallback";
 
-  const std::shared_ptr<quorvel::Quorvel>& core() const { return core_; }
-  const void* sender() const { return sender_; }
-
-  // Fetched anew at each use: the shared dispatcher follows the last core
-  // object handed to it.
-  std::shared_ptr<QVKAPIDispatcher> dispatcher() const;
-  // The base URL string with `path` appended as it is (no separator added);
-  // nothing when the joined text is not a valid URL.
-  std::optional<quorvel::platform::Url> helpCenterURLFromString(std::string_view path) const;
-  quorvel::platform::URLRequest baseRequestWithURL(std::string_view path,
-                                                   std::string httpMethod) const;
-  quorvel::platform::URLRequest baseRequest(std::string_view path) const {
-    return baseRequestWithURL(path, "GET");
-  }
-  void executeRequestNoBlock(quorvel::platform::URLRequest request,
-                             QVKAPIDispatcher::OnSuccess onSuccess,
-                             QVKAPIDispatcher::OnError onError) const;
+  using ProviderContext::ProviderContext;
 
   // The locale override, else the Help Center settings' locale, else the
   // first preferred language of the platform.
@@ -56,32 +38,41 @@ class QVKHelpCenterProviderContext {
   static void articleVotingAvailable(VotingContinuation continuation);
   static Error votingDisabledError();
 
-  // True when the arguments fail validation: the failure is logged and handed
-  // to `answerError`, and the operation must stop.
-  bool shouldStopAfterHandlingParameters(const VariableBindings& bindings,
-                                         std::string_view operation,
-                                         const std::function<void(Error)>& answerError) const;
+  // Every Help Center operation answers a failed validation through the list
+  // callback's helper, whatever its own callback kind.
+  template <class Result>
+  bool stopsOnInvalid(const VariableBindings& bindings, std::string_view operation,
+                      const ProviderCallback<Result>& cb) const {
+    return shouldStopAfterHandlingParameters(bindings, operation, cb, kListCallback);
+  }
 
-  // Asynchronously on the main queue of the core object.
-  void onMainThread(std::function<void()> task) const;
-  void postToNotificationCenterOnMainThread(std::string name,
-                                            std::optional<Error> error = std::nullopt) const;
+  // A list request of the common flow: its own start and success
+  // notifications, "QV_HC_RequestError" on failure, the answer's JSON handed
+  // to `parse`.
+  template <class Record, class Parse>
+  static ProviderRequest<std::vector<Record>> listRequest(std::string path, const char* starting,
+                                                          const char* success, Parse parse) {
+    ProviderRequest<std::vector<Record>> request;
+    request.path = std::move(path);
+    request.starting = starting;
+    request.success = success;
+    request.failures = {QV_HC_RequestError};
+    request.parse = AnswerParsing::json<std::vector<Record>>(std::move(parse));
+    request.callbackName = kListCallback;
+    return request;
+  }
+
+  // The record under `key` of the answer, as a one-element list.
+  template <class Record>
+  static auto single(const char* key, Record (*parseOne)(const boost::json::object&)) {
+    return [key, parseOne](const boost::json::object& json) {
+      return std::vector<Record>{parseOne(JsonValueConversion::objectAt(json, key))};
+    };
+  }
 
   // Records the query of a search whose answer just arrived, with its "count".
   static void cacheLastSearch(const std::optional<std::string>& query,
                               const boost::json::object& result);
-
-  // The answer body as a JSON object; empty when it is absent, unparsable or
-  // not an object (the parsers then give empty results).
-  // `storage` holds the values; the default is the heap.
-  static boost::json::object jsonObject(const std::optional<std::string>& data,
-                                        boost::json::storage_ptr storage = {});
-  // The object under `key`, or an empty one.
-  static boost::json::object objectAt(const boost::json::object& json, std::string_view key);
-
- private:
-  std::shared_ptr<quorvel::Quorvel> core_;
-  const void* sender_;
 };
 
 }  // namespace velmaro

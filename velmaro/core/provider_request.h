@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvel/platform/error.h"
+#include "quorvel/platform/result.h"
+#include "velmaro/core/qvk_dispatcher_response.h"
+
+namespace velmaro {
+
+// The (result, error) callback of a provider operation; exactly one of the
+// two is given. An empty std::function is an absent callback.
+template <class Result>
+using ProviderCallback =
+    std::function<void(std::optional<Result>, std::optional<quorvel::platform::Error>)>;
+
+// One provider operation's request, described: where it goes, what it
+// announces, and what its answer becomes. ProviderContext::send runs it; an
+// operation builds one of these and does nothing else with the network.
+template <class Result>
+struct ProviderRequest {
+  // Turns a successful answer into the operation's result, or an error that
+  // is answered like a failed request. Runs on the main queue, once, before
+  // the callback is answered: it may also note what the answer carries (the
+  // last search, a usage event).
+  using Parse = std::function<quorvel::platform::Result<Result>(QVKDispatcherResponse)>;
+  // Runs after the answer is queued and before the success notification.
+  using Answered = std::function<void(const Result&)>;
+
+  std::string path;  // appended to the base URL as it is
+  std::string httpMethod = "GET";
+  std::optional<std::string> body;
+  std::map<std::string, std::string> headers;
+  // Posted before sending; nullptr when the operation has already posted it
+  // (some announce themselves before resolving their locale).
+  const char* starting = nullptr;
+  const char* success = nullptr;  // nullptr: nothing is posted
+  // Posted in this order with {"error": error} when the request fails.
+  std::vector<const char*> failures;
+  Parse parse;
+  Answered answered;
+  // The callback kind's name, for the warning when the callback is absent.
+  const char* callbackName = "callback";
+};
+
+}  // namespace velmaro
