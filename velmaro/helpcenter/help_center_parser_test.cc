@@ -132,14 +132,17 @@ TEST(HelpCenterParserTest, WrongTypesNeverFailAParse) {
 TEST(HelpCenterParserTest, FlatArticlesSortByCategorySectionAndTitleIgnoringCase) {
   const auto response = object(R"({
     "articles": [{"id":1,"section_id":10,"title":"z"}, {"id":2,"section_id":20,"title":"a"},
-                 {"id":3,"section_id":20,"title":"B"}, {"id":4,"section_id":30,"title":"q"}],
+                 {"id":3,"section_id":20,"title":"B"}, {"id":4,"section_id":30,"title":"q"},
+                 {"id":5,"section_id":10,"title":"Ézé"},
+                 {"id":6,"section_id":10,"title":"éa"}],
     "sections": [{"id":10,"category_id":1,"name":"x"}, {"id":20,"category_id":2,"name":"y"},
                  {"id":30,"category_id":2,"name":"X"}],
     "categories": [{"id":1,"name":"b"}, {"id":2,"name":"A"}]})");
   const auto flat = QVKHelpCenterParser(response).parseFlatArticles(response);
   std::vector<std::int64_t> order;
   for (const auto& entry : flat) order.push_back(*entry.article.identifier);
-  EXPECT_EQ(order, (std::vector<std::int64_t>{4, 2, 3, 1}));
+  // Case folding reaches beyond ASCII: "éa" sorts before "Ézé" (both after "z").
+  EXPECT_EQ(order, (std::vector<std::int64_t>{4, 2, 3, 1, 6, 5}));
   EXPECT_EQ(flat[0].getArticleBreadcrumb(), "A, X, q");
 }
 
