@@ -1,190 +1,44 @@
 #pragma once
 
-#include <any>
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
-#include <optional>
-#include <random>
 #include <string>
 #include <vector>
 
-#include <boost/json/parse.hpp>
-#include <gtest/gtest.h>
+#include <boost/json/array.hpp>
 
-#include "emulator/demo_identity.h"
-#include "quorvel/jwt_identity.h"
-#include "quorvel/platform/notification_center.h"
-#include "quorvel/platform/run_loop.h"
-#include "quorvel/quorvel.h"
-#include "tests/emulator_process.h"
-#include "tests/request_recorder.h"
-#include "velmaro/core/qvk_api_dispatcher.h"
-#include "velmaro/core/support.h"
+#include "tests/provider_fixture.h"
 #include "velmaro/helpcenter/qvk_help_center_provider.h"
 #include "velmaro/helpcenter/qvk_help_center_session_cache.h"
 
 namespace velmaro::testing {
 
-// Everything a callback was answered with, in order.
-template <class Result>
-struct Answers {
-  struct Answer {
-    std::optional<Result> result;
-    std::optional<quorvel::platform::Error> error;
-  };
-  std::vector<Answer> list;
-
-  std::size_t size() const { return list.size(); }
-  const Answer& operator[](std::size_t i) const { return list.at(i); }
-};
-
-// The provider against one emulator per test suite, behind a recording
-// relay. Each test gets its own core object, data directory (so no HTTP cache
-// or settings leak between tests), run loop as main queue and notification
-// log.
-class HelpCenterProviderTest : public ::testing::Test {
+// The Help Center provider on the shared fixture; "QV_HC_" notifications.
+class HelpCenterProviderTest : public ProviderFixture {
  protected:
-  using Error = quorvel::platform::Error;
-  using Notification = quorvel::platform::Notification;
-
   static constexpr std::int64_t kFirstCategory = 360000010001;
   static constexpr std::int64_t kFirstSection = 360000020001;
   static constexpr std::int64_t kFirstArticle = 360000030001;
 
-  static void SetUpTestSuite() {
-    emulator_ = std::make_unique<EmulatorProcess>(QVK_EMULATOR_PATH);
-    if (emulator_->running()) recorder_ = std::make_unique<RequestRecorder>(emulator_->url());
-  }
-  static void TearDownTestSuite() {
-    recorder_.reset();
-    emulator_.reset();
-  }
+  HelpCenterProviderTest() : ProviderFixture("QV_HC_") {}
 
-  // Where the core object sends its requests: the relay by default.
-  virtual std::string serviceUrl() const { return recorder_->url(); }
+  void resetState() override { QVKHelpCenterSessionCache::resetForTesting(); }
+  void startProviders() override { provider_ = std::make_unique<QVKHelpCenterProvider>(core_); }
+  void stopProviders() override { provider_.reset(); }
 
-  void SetUp() override {
-    ASSERT_TRUE(emulator_->running()) << emulator_->error();
-    ASSERT_FALSE(recorder_->url().empty());
-    std::random_device random;
-    dataDirectory_ = std::filesystem::temp_directory_path() /
-                     ("velmaro-integration-" + std::to_string(random()) + std::to_string(random()));
-    std::filesystem::create_directories(dataDirectory_);
-    loop_ = std::make_shared<quorvel::platform::RunLoop>();
-    emulator_->control("DELETE", "faults");
-    emulator_->control("DELETE", "blips");
-    emulator_->control("PUT", "settings", R"({"voting":true})");
-    QVKHelpCenterSessionCache::resetForTesting();
-    startCore();
-    recorder_->clear();
-    registration_ = quorvel::platform::NotificationCenter::defaultCenter().observe(
-        std::nullopt, nullptr, [this](const Notification& n) {
-          if (n.name.rfind("QV_HC_", 0) == 0) notifications_.push_back(n);
-        });
-  }
-
-  void TearDown() override {
-    registration_.reset();
-    stopCore();
-    std::error_code ec;
-    std::filesystem::remove_all(dataDirectory_, ec);
-  }
-
-  void startCore() {
-    quorvel::QuorvelOptions options;
-    options.mainQueue = loop_;
-    options.dataDirectory = dataDirectory_;
-    options.logLevel = std::getenv("QUORVEL_TEST_LOG") != nullptr ? quorvel::LogLevel::verbose
-                                                                  : quorvel::LogLevel::off;
-    options.connectTimeout = std::chrono::milliseconds(2000);
-    options.requestTimeout = std::chrono::milliseconds(3000);
-    options.blipDelay = std::chrono::milliseconds(20);
-    core_ = quorvel::Quorvel::initialize("hc-integration", serviceUrl(), "client-1", options);
-    core_->setIdentity(
-        std::make_shared<quorvel::JwtIdentity>(std::string(qvk::emulator::kDemoJwt)));
-    Support::initialize(core_);
-    provider_ = std::make_unique<QVKHelpCenterProvider>(core_);
-  }
-
-  void stopCore() {
-    provider_.reset();
-    if (core_) core_->shutdown();
-    loop_->runPending();
-    core_.reset();
-    Support::resetForTesting();
-    QVKAPIDispatcher::resetForTesting();
-    quorvel::Quorvel::resetForTesting();
-  }
-
-  // Pumps the main queue until `done` holds (bounded).
-  bool pumpUntil(const std::function<bool()>& done,
-                 std::chrono::milliseconds timeout = std::chrono::seconds(8)) {
-    return loop_->runUntil(done, timeout);
-  }
-  // Lets already queued work run, for checks that something did NOT happen.
-  void settle(std::chrono::milliseconds time = std::chrono::milliseconds(150)) {
-    loop_->runUntil([] { return false; }, time);
-  }
-
-  template <class Record>
-  QVKHelpCenterCallback<Record> collect(std::shared_ptr<Answers<std::vector<Record>>> into) {
-    return [into](std::optional<std::vector<Record>> items, std::optional<Error> error) {
-      into->list.push_back({std::move(items), std::move(error)});
-    };
-  }
-
-  // Runs `start` with a collecting callback and waits for `count` answers.
-  template <class Record, class Start>
-  std::shared_ptr<Answers<std::vector<Record>>> call(Start start, std::size_t count = 1) {
-    auto answers = std::make_shared<Answers<std::vector<Record>>>();
-    start(collect<Record>(answers));
-    EXPECT_TRUE(pumpUntil([&] { return answers->size() >= count; })) << "no answer";
-    return answers;
-  }
-
-  // The Help Center notifications posted so far, by name; every one must come
-  // from `sender`.
-  std::vector<std::string> notificationNames(const void* sender) const {
-    std::vector<std::string> names;
-    for (const auto& n : notifications_) {
-      EXPECT_EQ(n.sender, sender) << n.name;
-      names.push_back(n.name);
-    }
-    return names;
-  }
+  using ProviderFixture::notificationNames;
   std::vector<std::string> notificationNames() const { return notificationNames(provider_.get()); }
 
-  // The error in a notification's user info.
-  static std::optional<Error> errorOf(const Notification& n) {
-    auto it = n.userInfo.find("error");
-    if (it == n.userInfo.end()) return std::nullopt;
-    return std::any_cast<Error>(it->second);
+  // Runs a list operation with a collecting callback; waits for `count` answers.
+  template <class Record, class Start>
+  std::shared_ptr<Answers<std::vector<Record>>> list(Start start, std::size_t count = 1) {
+    return call<std::vector<Record>>(std::move(start), count);
   }
 
-  // A control answer's JSON.
-  static boost::json::value controlJson(const std::string& path) {
-    return boost::json::parse(emulator_->get(path).body);
-  }
   boost::json::array articleViews() const {
     return controlJson("article_views").as_object().at("article_views").as_array();
   }
 
-  static std::string lastTarget(const std::string& fragment) {
-    auto seen = recorder_->matching(fragment);
-    return seen.empty() ? std::string() : seen.back().target;
-  }
-
-  static inline std::unique_ptr<EmulatorProcess> emulator_;
-  static inline std::unique_ptr<RequestRecorder> recorder_;
-
-  std::filesystem::path dataDirectory_;
-  std::shared_ptr<quorvel::platform::RunLoop> loop_;
-  std::shared_ptr<quorvel::Quorvel> core_;
   std::unique_ptr<QVKHelpCenterProvider> provider_;
-  quorvel::platform::NotificationCenter::Registration registration_;
-  std::vector<Notification> notifications_;
 };
 
 }  // namespace velmaro::testing
