@@ -12,7 +12,7 @@ velmaro_library(NAME quorvel_core
   PUBLIC_LIBS quorvel_platform
   PRIVATE_LIBS CURL::libcurl SQLite::SQLite3 fmt::fmt)
 
-if(VELMARO_BUILD_TESTS AND CORE_TESTS)
+if(VELMARO_BUILD_TESTS)
   # The tests talk to a cpp-httplib server on loopback (found in
   # cmake/VelmaroDependencies.cmake).
   velmaro_test(NAME quorvel_core_tests
