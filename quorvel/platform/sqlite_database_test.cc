@@ -60,6 +60,7 @@ class SqliteDatabaseTest : public testing::TestWithParam<OpenCase> {
   std::vector<std::string> problems_;
 };
 
+// Reopening a good file as it is: JsonKeyValueStoreTest.
 TEST_P(SqliteDatabaseTest, OpensWhatItCanAndSaysWhatItDid) {
   const auto& c = GetParam();
   const auto file = fileFor(c.before);
@@ -67,27 +68,18 @@ TEST_P(SqliteDatabaseTest, OpensWhatItCanAndSaysWhatItDid) {
     SqliteDatabase db(file, kSchema, collect());
     EXPECT_EQ(db.persistent(), c.persistent);
     // The schema is usable either way, on disk or in memory.
-    SqliteStatement insert(db.handle(), "INSERT INTO t (v) VALUES ('kept')");
-    EXPECT_TRUE(insert.run());
+    EXPECT_TRUE(SqliteStatement(db.handle(), "INSERT INTO t (v) VALUES ('x')").run());
     EXPECT_EQ(db.checkpoint(), c.persistent);
-    if (c.persistent) {
-      SqliteStatement mode(db.handle(), "PRAGMA journal_mode");
-      ASSERT_TRUE(mode.step());
-      EXPECT_EQ(mode.text(0), "wal");
-    }
+    SqliteStatement mode(db.handle(), "PRAGMA journal_mode");
+    ASSERT_TRUE(mode.step());
+    EXPECT_EQ(mode.text(0), c.persistent ? "wal" : "memory");
   }
   EXPECT_EQ(asides(), c.asides);
   EXPECT_EQ(problems_.size(), static_cast<std::size_t>(c.problems));
   if (!c.persistent) return;
-
   struct stat info {};
   ASSERT_EQ(::stat(file.c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 0777, 0600U);
-  SqliteDatabase reopened(file, kSchema, collect());
-  SqliteStatement select(reopened.handle(), "SELECT v FROM t");
-  ASSERT_TRUE(select.step());
-  EXPECT_EQ(select.text(0), "kept");
-  EXPECT_EQ(problems_.size(), static_cast<std::size_t>(c.problems));  // nothing new
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, SqliteDatabaseTest,
