@@ -1,15 +1,20 @@
 #include "quorvel/blip_queue.h"
 
-#include "quorvel/sqlite_database.h"
-#include "quorvel/sqlite_statement.h"
+#include "quorvel/core_logger.h"
+#include "quorvel/platform/sqlite_database.h"
+#include "quorvel/platform/sqlite_statement.h"
 
 namespace quorvel {
+
+using platform::SqliteDatabase;
+using platform::SqliteStatement;
 
 BlipQueue::BlipQueue(std::filesystem::path file)
     : db_(std::make_unique<SqliteDatabase>(
           std::move(file),
           "CREATE TABLE IF NOT EXISTS blips (id INTEGER PRIMARY KEY AUTOINCREMENT, "
-          "blip TEXT NOT NULL)")) {}
+          "blip TEXT NOT NULL)",
+          &CoreLogger::error)) {}
 
 BlipQueue::~BlipQueue() = default;
 

@@ -10,7 +10,9 @@
 
 namespace quorvel {
 
+namespace platform {
 class SqliteDatabase;
+}
 
 // The durable queue of blips waiting to be sent (SQLite), oldest first.
 // Safe from any thread.
@@ -31,7 +33,7 @@ class BlipQueue {
 
  private:
   std::mutex mutex_;
-  std::unique_ptr<SqliteDatabase> db_;
+  std::unique_ptr<platform::SqliteDatabase> db_;
 };
 
 }  // namespace quorvel

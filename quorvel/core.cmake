@@ -10,13 +10,13 @@ velmaro_library(NAME quorvel_core
   SOURCES ${CORE_SOURCES}
   HEADERS ${CORE_HEADERS}
   PUBLIC_LIBS quorvel_platform
-  PRIVATE_LIBS CURL::libcurl SQLite::SQLite3 fmt::fmt)
+  PRIVATE_LIBS CURL::libcurl fmt::fmt)
 
-if(VELMARO_BUILD_TESTS AND CORE_TESTS)
+if(VELMARO_BUILD_TESTS)
   # The tests talk to a cpp-httplib server on loopback (found in
   # cmake/VelmaroDependencies.cmake).
   velmaro_test(NAME quorvel_core_tests
     SOURCES ${CORE_TESTS}
-    LIBS quorvel_core PkgConfig::HTTPLIB SQLite::SQLite3 fmt::fmt
+    LIBS quorvel_core PkgConfig::HTTPLIB fmt::fmt
     LABELS core)
 endif()

@@ -3,10 +3,15 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 
-#include "quorvel/sqlite_database.h"
-#include "quorvel/sqlite_statement.h"
+#include "quorvel/core_logger.h"
+#include "quorvel/platform/sqlite_database.h"
+#include "quorvel/platform/sqlite_statement.h"
 
 namespace quorvel {
+
+using platform::SqliteDatabase;
+using platform::SqliteStatement;
+
 namespace {
 
 constexpr const char* kSchema =
@@ -42,7 +47,8 @@ std::size_t sizeOf(const HttpCacheEntry& entry) {
 HttpCache::HttpCache(std::filesystem::path file) : HttpCache(std::move(file), Limits{}) {}
 
 HttpCache::HttpCache(std::filesystem::path file, Limits limits)
-    : limits_(limits), db_(std::make_unique<SqliteDatabase>(std::move(file), kSchema)) {
+    : limits_(limits),
+      db_(std::make_unique<SqliteDatabase>(std::move(file), kSchema, &CoreLogger::error)) {
   loadDiskKeys();
   writer_ = std::thread([this] { runWriter(); });
 }

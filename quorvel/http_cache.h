@@ -15,7 +15,9 @@
 
 namespace quorvel {
 
+namespace platform {
 class SqliteDatabase;
+}
 
 // The on-disk HTTP cache (SQLite) with an in-memory LRU of hot entries in
 // front of it, so that a hit on a recently used answer touches no file.
@@ -65,7 +67,7 @@ class HttpCache {
   std::condition_variable written_;
   // Guards the connection, which the writer and disk lookups share.
   std::mutex dbMutex_;
-  std::unique_ptr<SqliteDatabase> db_;
+  std::unique_ptr<platform::SqliteDatabase> db_;
   std::unordered_set<std::string> diskKeys_;  // on disk, or on their way there
   Pending pending_;                           // stored, not yet handed to the writer
   bool writing_ = false;

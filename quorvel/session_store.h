@@ -1,9 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,18 +8,17 @@
 
 #include <boost/json/value.hpp>
 
+#include "quorvel/platform/json_key_value_store.h"
+
 namespace quorvel {
 
-class SqliteDatabase;
-
 // The core library's key-value store for session state (access token, the
-// anonymous guid, the settings document). Values are JSON, held in memory and
-// written through to SQLite, so integers stay integers and doubles stay
-// doubles across a restart. Safe from any thread.
+// anonymous guid, the settings document): JSON values in the table "session"
+// of a platform JsonKeyValueStore, its problems logged as errors. Safe from
+// any thread.
 class SessionStore {
  public:
   explicit SessionStore(std::filesystem::path file);
-  ~SessionStore();
   SessionStore(const SessionStore&) = delete;
   SessionStore& operator=(const SessionStore&) = delete;
 
@@ -35,15 +31,10 @@ class SessionStore {
   // Removes every key except those in `keep`.
   void removeAllExcept(const std::vector<std::string>& keep);
 
-  bool persistent() const;
+  bool persistent() const { return store_.persistent(); }
 
  private:
-  void load();
-  bool writeRow(std::string_view key, const std::string* json);
-
-  mutable std::mutex mutex_;
-  std::unique_ptr<SqliteDatabase> db_;
-  std::map<std::string, boost::json::value, std::less<>> values_;
+  platform::JsonKeyValueStore store_;
 };
 
 }  // namespace quorvel

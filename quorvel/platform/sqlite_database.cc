@@ -1,4 +1,4 @@
-#include "quorvel/sqlite_database.h"
+#include "quorvel/platform/sqlite_database.h"
 
 #include <chrono>
 #include <system_error>
@@ -8,12 +8,10 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include "quorvel/core_logger.h"
+namespace quorvel::platform {
 
-namespace quorvel {
-
-SqliteDatabase::SqliteDatabase(std::filesystem::path file, std::string schema)
-    : path_(std::move(file)), schema_(std::move(schema)) {
+SqliteDatabase::SqliteDatabase(std::filesystem::path file, std::string schema, ProblemLog problems)
+    : path_(std::move(file)), schema_(std::move(schema)), problems_(std::move(problems)) {
   if (open(path_.string())) {
     persistent_ = true;
     return;
@@ -28,8 +26,10 @@ SqliteDatabase::SqliteDatabase(std::filesystem::path file, std::string schema)
     }
     close();
   }
-  CoreLogger::error(
-      fmt::format("Cannot open {}; keeping its data in memory for this run", path_.string()));
+  if (problems_) {
+    problems_(
+        fmt::format("Cannot open {}; keeping its data in memory for this run", path_.string()));
+  }
   open(":memory:");
 }
 
@@ -77,12 +77,19 @@ void SqliteDatabase::moveAside() {
     side += suffix;
     std::filesystem::remove(side, ec);
   }
-  CoreLogger::error(fmt::format("{} is not a usable database; moved it aside to {}", path_.string(),
-                                aside.string()));
+  if (problems_) {
+    problems_(fmt::format("{} is not a usable database; moved it aside to {}", path_.string(),
+                          aside.string()));
+  }
 }
 
 bool SqliteDatabase::execute(const char* sql) {
   return db_ != nullptr && sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-}  // namespace quorvel
+bool SqliteDatabase::checkpoint() {
+  return persistent_ && sqlite3_wal_checkpoint_v2(db_, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr,
+                                                  nullptr) == SQLITE_OK;
+}
+
+}  // namespace quorvel::platform

@@ -8,7 +8,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace quorvel {
+namespace quorvel::platform {
 
 // A prepared statement that finalizes itself. Bind indexes start at 1,
 // column indexes at 0, as in SQLite.
@@ -42,4 +42,4 @@ class SqliteStatement {
   sqlite3_stmt* stmt_ = nullptr;
 };
 
-}  // namespace quorvel
+}  // namespace quorvel::platform

@@ -1,8 +1,8 @@
-#include "quorvel/sqlite_statement.h"
+#include "quorvel/platform/sqlite_statement.h"
 
 #include <sqlite3.h>
 
-namespace quorvel {
+namespace quorvel::platform {
 
 SqliteStatement::SqliteStatement(sqlite3* db, const char* sql) {
   if (db == nullptr || sqlite3_prepare_v2(db, sql, -1, &stmt_, nullptr) != SQLITE_OK) {
@@ -76,4 +76,4 @@ bool SqliteStatement::isNull(int column) const {
   return sqlite3_column_type(stmt_, column) == SQLITE_NULL;
 }
 
-}  // namespace quorvel
+}  // namespace quorvel::platform

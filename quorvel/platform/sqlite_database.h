@@ -1,0 +1,52 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+
+namespace quorvel::platform {
+
+// One SQLite connection for one store (user defaults; the core library's
+// session store, HTTP cache and blip queue). The file is made readable by the
+// user only and kept in WAL mode. A file that is not a usable database is
+// moved aside (suffix ".corrupt-<seconds since 1970>") and a fresh one made;
+// if no file can be made at all the store lives in memory for this process.
+// Either is told to `problems`, one line each. Not thread-safe: its owner
+// locks.
+class SqliteDatabase {
+ public:
+  // Where the store's problems are told; the platform has no logger of its
+  // own, so the owner says where its lines go.
+  using ProblemLog = std::function<void(std::string_view line)>;
+
+  // `schema` is run on every open (CREATE TABLE IF NOT EXISTS ...).
+  SqliteDatabase(std::filesystem::path file, std::string schema, ProblemLog problems);
+  ~SqliteDatabase();
+  SqliteDatabase(const SqliteDatabase&) = delete;
+  SqliteDatabase& operator=(const SqliteDatabase&) = delete;
+
+  sqlite3* handle() const { return db_; }
+  // False when the store lives in memory.
+  bool persistent() const { return persistent_; }
+  const std::filesystem::path& path() const { return path_; }
+
+  bool execute(const char* sql);
+  // Copies the write-ahead log into the database file; false in memory.
+  bool checkpoint();
+
+ private:
+  bool open(const std::string& target);
+  void close();
+  void moveAside();
+
+  std::filesystem::path path_;
+  std::string schema_;
+  ProblemLog problems_;
+  sqlite3* db_ = nullptr;
+  bool persistent_ = false;
+};
+
+}  // namespace quorvel::platform
