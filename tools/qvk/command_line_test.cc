@@ -147,7 +147,6 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         HcCase{"Categories", {"hc", "categories"}, "hc categories", {}},
         HcCase{"Article", {"hc", "article", "7"}, "hc article", {.id = 7}},
-        HcCase{"Articles", {"hc", "articles", "360000020001"}, "hc articles", {.id = 360000020001}},
         HcCase{"ArticlesWithLabel",
                {"hc", "articles", "5", "--label", "faq"},
                "hc articles",
@@ -158,8 +157,6 @@ INSTANTIATE_TEST_SUITE_P(
                {.labels = Strings{"a", "b"}}},
         HcCase{"SearchQuery", {"hc", "search-query", "q"}, "hc search-query", {.query = "q"}},
         HcCase{"Upvote", {"hc", "upvote", "42"}, "hc upvote", {.textId = "42"}},
-        HcCase{"Unvote", {"hc", "unvote", "9"}, "hc unvote", {.textId = "9"}},
-        HcCase{"Search", {"hc", "search", "pay"}, "hc search", {.query = "pay"}},
         HcCase{"SearchWithEveryOption",
                {"hc", "search", "reset password", "--label", "a", "--label", "b", "--category", "1",
                 "--category", "2", "--section", "3", "--page", "2", "--per-page", "5"},

@@ -21,34 +21,20 @@ constexpr std::chrono::milliseconds kLimit{5'000};
 constexpr std::chrono::milliseconds kNoLine{20};
 
 // A pipe whose write end the test holds.
-class Pipe {
- public:
-  Pipe() {
-    int fds[2];
-    if (pipe2(fds, O_CLOEXEC) == 0) {
-      read_ = fds[0];
-      write_ = fds[1];
-    }
-  }
+struct Pipe {
+  Pipe() { EXPECT_EQ(pipe2(fds, O_CLOEXEC), 0); }
   ~Pipe() {
     closeWriteEnd();
-    if (read_ >= 0) close(read_);
+    close(fds[0]);
   }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-
-  int readEnd() const { return read_; }
   bool write(std::string_view text) const {
-    return ::write(write_, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    return ::write(fds[1], text.data(), text.size()) == static_cast<ssize_t>(text.size());
   }
   void closeWriteEnd() {
-    if (write_ >= 0) close(write_);
-    write_ = -1;
+    if (fds[1] >= 0) close(fds[1]);
+    fds[1] = -1;
   }
-
- private:
-  int read_ = -1;
-  int write_ = -1;
+  int fds[2] = {-1, -1};
 };
 
 struct ChunkCase {
@@ -64,7 +50,7 @@ class InputLinesChunks : public ::testing::TestWithParam<ChunkCase> {};
 TEST_P(InputLinesChunks, GivesEachWholeLineOnceInOrder) {
   auto loop = std::make_shared<RunLoop>();
   Pipe pipe;
-  InputLines input(pipe.readEnd(), loop);
+  InputLines input(pipe.fds[0], loop);
   for (const auto& [chunk, lines] : GetParam().chunks) {
     ASSERT_TRUE(pipe.write(chunk));
     for (const auto& line : lines) EXPECT_EQ(input.next(kLimit), line);
@@ -92,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(InputLines, RunsTheMainQueueWhileWaitingForALine) {
   auto loop = std::make_shared<RunLoop>();
   Pipe pipe;
-  InputLines input(pipe.readEnd(), loop);
+  InputLines input(pipe.fds[0], loop);
   // Only a task on the loop gives the input its line.
   loop->post([&pipe] { pipe.write("from a task\n"); });
   EXPECT_EQ(input.next(kLimit), "from a task");

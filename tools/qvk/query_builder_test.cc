@@ -19,15 +19,6 @@ TEST(QueryBuilder, SearchLeavesWhatWasNotGivenAtTheObjectsOwnValues) {
   EXPECT_FALSE(search.locale);
 }
 
-TEST(QueryBuilder, SuggestionsNarrowToOneCategoryAndSection) {
-  auto narrowed = QueryBuilder::deflection(
-      {.query = "pay", .labels = Strings{"x"}, .categoryId = 11, .sectionId = 22});
-  EXPECT_EQ(narrowed.query, "pay");
-  EXPECT_EQ(narrowed.categoryId, 11);
-  EXPECT_EQ(narrowed.sectionId, 22);
-  EXPECT_EQ(narrowed.labelNames, Strings{"x"});
-}
-
 using Model = velmaro::QVKHelpCenterOverviewContentModel;
 
 struct OverviewCase {
