@@ -24,9 +24,9 @@ class CommandLine {
   // and QVK_DATA_DIR.
   static ParseOutcome parse(const std::vector<std::string>& args, const Environment& environment);
 
-  // One line of `qvk shell`, already split into words: an `hc` or `settings`
-  // command, optionally preceded by "qvk". Global options belong to the
-  // shell itself and are refused here.
+  // One line of `qvk shell`, already split into words: a command of a group
+  // that may run in the shell, optionally preceded by "qvk". Global options
+  // belong to the shell itself and are refused here.
   static ParseOutcome parseCommand(const std::vector<std::string>& words);
 };
 

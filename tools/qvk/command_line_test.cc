@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/qvk/query_builder.h"
+#include "tools/qvk/hc_group.h"
+#include "tools/qvk/settings_group.h"
 
 namespace qvk {
 namespace {
@@ -22,12 +23,6 @@ CommandLine::Environment environment(std::map<std::string, std::string> values =
 
 ParseOutcome parse(const Strings& args) {
   return CommandLine::parse(args, environment());
-}
-
-HcArguments hcArguments(const Strings& args) {
-  auto outcome = parse(args);
-  EXPECT_TRUE(outcome.shouldRun()) << outcome.message;
-  return outcome.command.hc;
 }
 
 TEST(CommandLine, GlobalOptionsComeFromTheEnvironmentUnlessGiven) {
@@ -65,133 +60,132 @@ TEST(CommandLine, DefaultsWithoutEnvironment) {
   EXPECT_FALSE(outcome.options.jwt);
   EXPECT_FALSE(outcome.options.json);
   EXPECT_EQ(outcome.options.verbosity, 0);
-  EXPECT_EQ(outcome.command.kind, CommandKind::settings);
-  EXPECT_EQ(outcome.command.settingsGroup, "support");
+  EXPECT_EQ(outcome.command->given(), "settings");
+  EXPECT_EQ(dynamic_cast<const SettingsGroup&>(*outcome.command).settingsGroup(), "support");
 }
 
 struct UsageCase {
   const char* name;
   Strings args;
   int exitCode;
+  std::string message;     // the first line of the message; empty: any text
+  bool shellLine = false;  // parsed as a line of `qvk shell`
 };
 
 class CommandLineUsage : public ::testing::TestWithParam<UsageCase> {};
 
 TEST_P(CommandLineUsage, EndsWithoutRunning) {
-  auto outcome = parse(GetParam().args);
+  const auto& c = GetParam();
+  auto outcome = c.shellLine ? CommandLine::parseCommand(c.args) : parse(c.args);
   ASSERT_FALSE(outcome.shouldRun());
-  EXPECT_EQ(*outcome.exitCode, GetParam().exitCode);
+  EXPECT_EQ(*outcome.exitCode, c.exitCode);
   EXPECT_FALSE(outcome.message.empty());
+  if (!c.message.empty()) {
+    EXPECT_EQ(outcome.message.substr(0, outcome.message.find('\n')), c.message);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Args, CommandLineUsage,
-    ::testing::Values(UsageCase{"Help", {"--help"}, 0}, UsageCase{"HcHelp", {"hc", "--help"}, 0},
-                      UsageCase{"NoCommand", {}, 2}, UsageCase{"UnknownCommand", {"frobnicate"}, 2},
-                      UsageCase{"HcWithoutSubcommand", {"hc"}, 2},
-                      UsageCase{"MissingId", {"hc", "category"}, 2},
-                      UsageCase{"IdNotANumber", {"hc", "section", "abc"}, 2},
-                      UsageCase{"UnknownSettingsGroup", {"settings", "colours"}, 2},
-                      UsageCase{"SectionsAndCategories",
-                                {"hc", "overview", "--sections", "1", "--categories", "2"},
-                                2},
-                      UsageCase{"ZeroPage", {"hc", "flat", "--page", "0"}, 2},
-                      UsageCase{"JwtWithName", {"--jwt", "t", "--name", "n", "settings"}, 2},
-                      UsageCase{"SuggestTwoQueries", {"hc", "suggest", "a", "b"}, 2}),
+    ::testing::Values(
+        UsageCase{"Help", {"--help"}, 0, ""}, UsageCase{"HcHelp", {"hc", "--help"}, 0, ""},
+        UsageCase{"NoCommand", {}, 2, "A subcommand is required"},
+        UsageCase{"UnknownCommand", {"frobnicate"}, 2, "'frobnicate' is not a command of 'qvk'"},
+        UsageCase{"HcWithoutCommand", {"hc"}, 2, "A subcommand is required"},
+        UsageCase{"UnknownHcCommand", {"hc", "bogus", "x"}, 2, "'bogus' is not a command of 'hc'"},
+        UsageCase{"MissingId", {"hc", "category"}, 2, "ID is required"},
+        UsageCase{"IdNotANumber", {"hc", "section", "abc"}, 2, ""},
+        UsageCase{"UnknownSettingsGroup", {"settings", "colours"}, 2, ""},
+        UsageCase{"SectionsAndCategories",
+                  {"hc", "overview", "--sections", "1", "--categories", "2"},
+                  2,
+                  ""},
+        UsageCase{"ZeroPage", {"hc", "flat", "--page", "0"}, 2, ""},
+        UsageCase{"JwtWithName", {"--jwt", "t", "--name", "n", "settings"}, 2, ""},
+        UsageCase{"SuggestTwoQueries", {"hc", "suggest", "a", "b"}, 2, ""},
+        UsageCase{"SuggestTwoCategories",
+                  {"hc", "suggest", "a", "--category", "1", "--category", "2"},
+                  2,
+                  ""},
+        UsageCase{"ShellLineHelp", {"--help"}, 0, "", true},
+        UsageCase{"ShellLineGlobalOption", {"--url", "http://x", "hc", "categories"}, 2, "", true},
+        UsageCase{"ShellInAShellLine", {"shell"}, 2, "", true},
+        UsageCase{"ShellLineUnknownHcCommand",
+                  {"qvk", "hc", "bogus"},
+                  2,
+                  "'bogus' is not a command of 'hc'",
+                  true}),
     [](const auto& testCase) { return std::string(testCase.param.name); });
 
-TEST(CommandLine, SearchLeavesWhatWasNotGivenUnset) {
-  auto search = QueryBuilder::search(hcArguments({"hc", "search", "pay"}));
-  EXPECT_EQ(search.query, "pay");
-  EXPECT_EQ(search.labelNames, Strings{});  // the object's own initial value
-  EXPECT_FALSE(search.categoryIds);
-  EXPECT_FALSE(search.sectionIds);
-  EXPECT_FALSE(search.page);
-  EXPECT_FALSE(search.resultsPerPage);
-  EXPECT_FALSE(search.locale);
+// What an hc command line puts into HcArguments: exactly what was given.
+struct HcCase {
+  const char* name;
+  Strings args;
+  std::string command;
+  HcArguments expected;
+};
+
+class HcCommandLine : public ::testing::TestWithParam<HcCase> {
+ protected:
+  static void expectArguments(const ParseOutcome& outcome) {
+    ASSERT_TRUE(outcome.shouldRun()) << outcome.message;
+    EXPECT_EQ(outcome.command->given(), GetParam().command);
+    EXPECT_TRUE(dynamic_cast<const HcGroup&>(*outcome.command).arguments() == GetParam().expected);
+  }
+};
+
+TEST_P(HcCommandLine, FillsTheArgumentsGiven) {
+  expectArguments(parse(GetParam().args));
 }
 
-TEST(CommandLine, SearchTakesEveryOption) {
-  auto search = QueryBuilder::search(
-      hcArguments({"hc", "search", "reset password", "--label", "a", "--label", "b", "--category",
-                   "1", "--category", "2", "--section", "3", "--page", "2", "--per-page", "5"}));
-  EXPECT_EQ(search.query, "reset password");
-  EXPECT_EQ(search.labelNames, (Strings{"a", "b"}));
-  EXPECT_EQ(search.categoryIds, (Ids{1, 2}));
-  EXPECT_EQ(search.sectionIds, (Ids{3}));
-  EXPECT_EQ(search.page, 2);
-  EXPECT_EQ(search.resultsPerPage, 5);
+TEST_P(HcCommandLine, AsAShellLineToo) {
+  expectArguments(CommandLine::parseCommand(GetParam().args));
 }
 
-TEST(CommandLine, SuggestTakesOneCategoryAndSection) {
-  auto bare = QueryBuilder::deflection(hcArguments({"hc", "suggest", "pay"}));
-  EXPECT_EQ(bare.query, "pay");
-  EXPECT_FALSE(bare.categoryId);
-  EXPECT_FALSE(bare.sectionId);
-  EXPECT_EQ(bare.labelNames, Strings{});
+INSTANTIATE_TEST_SUITE_P(
+    Args, HcCommandLine,
+    ::testing::Values(
+        HcCase{"Categories", {"hc", "categories"}, "hc categories", {}},
+        HcCase{"Article", {"hc", "article", "7"}, "hc article", {.id = 7}},
+        HcCase{"ArticlesWithLabel",
+               {"hc", "articles", "5", "--label", "faq"},
+               "hc articles",
+               {.id = 5, .labels = Strings{"faq"}}},
+        HcCase{"ArticlesByLabels",
+               {"hc", "articles-by-labels", "a", "b"},
+               "hc articles-by-labels",
+               {.labels = Strings{"a", "b"}}},
+        HcCase{"SearchQuery", {"hc", "search-query", "q"}, "hc search-query", {.query = "q"}},
+        HcCase{"Upvote", {"hc", "upvote", "42"}, "hc upvote", {.textId = "42"}},
+        HcCase{"SearchWithEveryOption",
+               {"hc", "search", "reset password", "--label", "a", "--label", "b", "--category", "1",
+                "--category", "2", "--section", "3", "--page", "2", "--per-page", "5"},
+               "hc search",
+               {.query = "reset password",
+                .labels = Strings{"a", "b"},
+                .categoryIds = Ids{1, 2},
+                .sectionIds = Ids{3},
+                .page = 2,
+                .perPage = 5}},
+        HcCase{"SuggestNarrowed",
+               {"hc", "suggest", "pay", "--category", "11", "--section", "22", "--label", "x"},
+               "hc suggest",
+               {.query = "pay", .labels = Strings{"x"}, .categoryId = 11, .sectionId = 22}},
+        HcCase{"OverviewSections",
+               {"hc", "overview", "--sections", "1,2"},
+               "hc overview",
+               {.sectionIds = Ids{1, 2}}},
+        HcCase{"OverviewCategoriesAndLabels",
+               {"hc", "overview", "--categories", "3", "--label", "x", "--label", "y"},
+               "hc overview",
+               {.labels = Strings{"x", "y"}, .categoryIds = Ids{3}}},
+        HcCase{"FlatPage", {"hc", "flat", "--page", "3"}, "hc flat", {.page = 3}}),
+    [](const auto& testCase) { return std::string(testCase.param.name); });
 
-  auto narrowed = QueryBuilder::deflection(
-      hcArguments({"hc", "suggest", "pay", "--category", "11", "--section", "22", "--label", "x"}));
-  EXPECT_EQ(narrowed.categoryId, 11);
-  EXPECT_EQ(narrowed.sectionId, 22);
-  EXPECT_EQ(narrowed.labelNames, Strings{"x"});
-}
-
-TEST(CommandLine, OverviewGroupsBySectionsOrCategories) {
-  using Model = velmaro::QVKHelpCenterOverviewContentModel;
-  auto whole = QueryBuilder::overview(hcArguments({"hc", "overview"}));
-  EXPECT_EQ(whole.groupType, Model::kGroupTypeDefault);
-  EXPECT_FALSE(whole.groupIds);
-  EXPECT_FALSE(whole.labels);
-  EXPECT_EQ(whole.formQueryString(), "?per_page=1000");
-
-  auto sections = QueryBuilder::overview(hcArguments({"hc", "overview", "--sections", "1,2"}));
-  EXPECT_EQ(sections.groupType, Model::kGroupTypeSection);
-  EXPECT_EQ(sections.groupIds, (Ids{1, 2}));
-
-  auto categories = QueryBuilder::overview(
-      hcArguments({"hc", "overview", "--categories", "3", "--label", "x", "--label", "y"}));
-  EXPECT_EQ(categories.groupType, Model::kGroupTypeCategory);
-  EXPECT_EQ(categories.groupIds, (Ids{3}));
-  EXPECT_EQ(categories.labels, (Strings{"x", "y"}));
-}
-
-TEST(CommandLine, FlatUsesTheConvenienceFormWithoutPaging) {
-  EXPECT_FALSE(QueryBuilder::listArticles(hcArguments({"hc", "flat"})));
-  auto page = QueryBuilder::listArticles(hcArguments({"hc", "flat", "--page", "3"}));
-  ASSERT_TRUE(page);
-  EXPECT_EQ(page->page(), 3);
-  EXPECT_EQ(page->perPage(), QueryBuilder::kDefaultPerPage);
-  auto perPage = QueryBuilder::listArticles(hcArguments({"hc", "flat", "--per-page", "7"}));
-  ASSERT_TRUE(perPage);
-  EXPECT_EQ(perPage->page(), QueryBuilder::kDefaultPage);
-  EXPECT_EQ(perPage->perPage(), 7);
-}
-
-TEST(CommandLine, IdsAndLabelsOfTheOtherCommands) {
-  auto articles = hcArguments({"hc", "articles", "360000020001"});
-  EXPECT_EQ(articles.id, 360000020001);
-  EXPECT_FALSE(articles.labels);
-  EXPECT_EQ(hcArguments({"hc", "articles", "5", "--label", "faq"}).labels, Strings{"faq"});
-  EXPECT_EQ(hcArguments({"hc", "articles-by-labels", "a", "b"}).labels, (Strings{"a", "b"}));
-  EXPECT_FALSE(hcArguments({"hc", "search-query", "q"}).labels);
-  EXPECT_EQ(hcArguments({"hc", "upvote", "42"}).textId, "42");
-  EXPECT_EQ(hcArguments({"hc", "unvote", "9"}).textId, "9");
-}
-
-TEST(CommandLine, ShellLinesAreCommandsOnly) {
-  auto line = CommandLine::parseCommand({"qvk", "hc", "article", "7"});
-  ASSERT_TRUE(line.shouldRun()) << line.message;
-  EXPECT_EQ(line.command.kind, CommandKind::hcArticle);
-  EXPECT_EQ(line.command.hc.id, 7);
-
-  auto settings = CommandLine::parseCommand({"settings", "help-center"});
-  ASSERT_TRUE(settings.shouldRun());
-  EXPECT_EQ(settings.command.settingsGroup, "help-center");
-
-  auto global = CommandLine::parseCommand({"--url", "http://x", "hc", "categories"});
-  EXPECT_EQ(global.exitCode, 2);
-  EXPECT_EQ(CommandLine::parseCommand({"shell"}).exitCode, 2);
+TEST(CommandLine, ShellLineMayStartWithTheProgramName) {
+  auto settings = CommandLine::parseCommand({"qvk", "settings", "help-center"});
+  ASSERT_TRUE(settings.shouldRun()) << settings.message;
+  EXPECT_EQ(dynamic_cast<const SettingsGroup&>(*settings.command).settingsGroup(), "help-center");
 }
 
 }  // namespace

@@ -15,5 +15,5 @@ int main(int argc, char** argv) {
     (*parsed.exitCode == 0 ? std::cout : std::cerr) << parsed.message << std::flush;
     return *parsed.exitCode;
   }
-  return qvk::Program::run(parsed, std::cin, std::cout, std::cerr, isatty(STDIN_FILENO) == 1);
+  return qvk::Program::run(parsed, STDIN_FILENO, std::cout, std::cerr, isatty(STDIN_FILENO) == 1);
 }

@@ -21,6 +21,8 @@ class Output {
 
   bool json() const { return json_; }
   std::ostream& text() { return out_; }
+  // Messages that are not the result: usage errors, and the shell's own.
+  std::ostream& errorText() { return err_; }
 
   void document(const boost::json::value& document);
   void table(const Table& table);

@@ -1,13 +1,11 @@
 #include "tools/qvk/program.h"
 
-#include "tools/qvk/command_runner.h"
 #include "tools/qvk/output.h"
 #include "tools/qvk/session.h"
-#include "tools/qvk/shell.h"
 
 namespace qvk {
 
-int Program::run(const ParseOutcome& parsed, std::istream& in, std::ostream& out, std::ostream& err,
+int Program::run(const ParseOutcome& parsed, int inputFd, std::ostream& out, std::ostream& err,
                  bool interactive) {
   const auto& options = parsed.options;
   auto session = Session::open(options);
@@ -16,13 +14,8 @@ int Program::run(const ParseOutcome& parsed, std::istream& in, std::ostream& out
     return output.error(session.error());
   }
   Output output(out, err, options.json, (*session)->url());
-  CommandRunner runner(**session, output);
-  int status = 0;
-  if (parsed.command.kind == CommandKind::shell) {
-    status = Shell(runner, in, out, err, interactive).run();
-  } else {
-    status = runner.run(parsed.command);
-  }
+  CommandContext context{**session, output, inputFd, interactive};
+  const int status = parsed.command->run(context);
   (*session)->finish();
   return status;
 }

@@ -17,12 +17,8 @@ velmaro::QVKHelpCenterDeflection QueryBuilder::deflection(const HcArguments& arg
   velmaro::QVKHelpCenterDeflection deflection;
   deflection.query = arguments.query;
   if (arguments.labels) deflection.labelNames = arguments.labels;
-  if (arguments.categoryIds && !arguments.categoryIds->empty()) {
-    deflection.categoryId = arguments.categoryIds->front();
-  }
-  if (arguments.sectionIds && !arguments.sectionIds->empty()) {
-    deflection.sectionId = arguments.sectionIds->front();
-  }
+  if (arguments.categoryId) deflection.categoryId = arguments.categoryId;
+  if (arguments.sectionId) deflection.sectionId = arguments.sectionId;
   return deflection;
 }
 

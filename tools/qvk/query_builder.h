@@ -18,7 +18,6 @@ class QueryBuilder {
   static constexpr std::int64_t kDefaultPerPage = 100;
 
   static velmaro::QVKHelpCenterSearch search(const HcArguments& arguments);
-  // The first of the given categories and sections.
   static velmaro::QVKHelpCenterDeflection deflection(const HcArguments& arguments);
   // The default content (whole Help Center) narrowed to the given sections
   // or categories and labels.

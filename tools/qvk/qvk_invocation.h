@@ -4,16 +4,16 @@
 // that it stays out of the qvk_cli library.
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,18 +27,19 @@ struct InvocationResult {
   std::string err;
 };
 
-// Runs `binary` with `args`, `input` on standard input, without the QVK_*
-// variables of the test's own environment, and kills it after `timeout`.
-// Output goes through temporary files, so a chatty child never blocks.
+// One run of `binary` with `args`, without the QVK_* variables of the test's
+// own environment. Standard input is a pipe that stays open until finish(),
+// so that a test can write a line, watch what the child does, and write the
+// next. Output goes through temporary files, so a chatty child never blocks.
 class QvkInvocation {
  public:
-  static InvocationResult run(const std::string& binary, const std::vector<std::string>& args,
-                              const std::string& input = "",
-                              std::chrono::seconds timeout = std::chrono::seconds(60)) {
-    TempFile in("in");
-    TempFile out("out");
-    TempFile err("err");
-    { std::ofstream(in.path, std::ios::binary) << input; }
+  static constexpr std::chrono::seconds kTimeLimit{60};
+
+  QvkInvocation(const std::string& binary, const std::vector<std::string>& args) {
+    // A child that has already ended must fail a write, not kill the test.
+    std::signal(SIGPIPE, SIG_IGN);
+    // Everything the child needs is built before fork(): after it, only
+    // async-signal-safe calls.
     std::vector<std::string> argvStore{binary};
     argvStore.insert(argvStore.end(), args.begin(), args.end());
     std::vector<char*> argv;
@@ -49,23 +50,57 @@ class QvkInvocation {
       if (std::string_view(*e).substr(0, 4) != "QVK_") envp.push_back(*e);
     }
     envp.push_back(nullptr);
-
-    pid_t pid = fork();
-    if (pid == 0) {
-      redirect(in.path, STDIN_FILENO, O_RDONLY);
-      redirect(out.path, STDOUT_FILENO, O_WRONLY | O_TRUNC);
-      redirect(err.path, STDERR_FILENO, O_WRONLY | O_TRUNC);
+    int input[2];
+    if (pipe2(input, O_CLOEXEC) != 0) return;
+    pid_ = fork();
+    if (pid_ == 0) {
+      dup2(input[0], STDIN_FILENO);
+      redirect(out_.path, STDOUT_FILENO);
+      redirect(err_.path, STDERR_FILENO);
       execve(argv[0], argv.data(), envp.data());
       _exit(127);
     }
-    InvocationResult result;
-    result.status = waitBounded(pid, timeout);
-    result.out = read(out.path);
-    result.err = read(err.path);
-    return result;
+    close(input[0]);
+    inputFd_ = input[1];
+  }
+
+  ~QvkInvocation() {
+    if (pid_ > 0 && status_ == kRunning) finish(std::chrono::seconds(0));
+  }
+
+  QvkInvocation(const QvkInvocation&) = delete;
+  QvkInvocation& operator=(const QvkInvocation&) = delete;
+
+  // Writes all of `text` to the child's standard input; false when it cannot.
+  bool write(std::string_view text) {
+    while (!text.empty() && inputFd_ >= 0) {
+      auto written = ::write(inputFd_, text.data(), text.size());
+      if (written <= 0) return false;
+      text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return text.empty();
+  }
+
+  // Closes standard input and waits for the child's end, killing it after `timeout`.
+  InvocationResult finish(std::chrono::seconds timeout = kTimeLimit) {
+    if (inputFd_ >= 0) close(inputFd_);
+    inputFd_ = -1;
+    if (pid_ > 0 && status_ == kRunning) status_ = waitBounded(pid_, timeout);
+    return {pid_ > 0 ? status_ : -1, read(out_.path), read(err_.path)};
+  }
+
+  // Runs the binary to its end with `input` on standard input.
+  static InvocationResult run(const std::string& binary, const std::vector<std::string>& args,
+                              const std::string& input = "",
+                              std::chrono::seconds timeout = kTimeLimit) {
+    QvkInvocation invocation(binary, args);
+    invocation.write(input);
+    return invocation.finish(timeout);
   }
 
  private:
+  static constexpr int kRunning = -2;
+
   struct TempFile {
     explicit TempFile(const char* tag) {
       std::string pattern = std::string("/tmp/qvk-test-") + tag + "-XXXXXX";
@@ -79,8 +114,8 @@ class QvkInvocation {
     std::string path;
   };
 
-  static void redirect(const std::string& path, int target, int flags) {
-    int fd = open(path.c_str(), flags);
+  static void redirect(const std::string& path, int target) {
+    int fd = open(path.c_str(), O_WRONLY | O_TRUNC);
     if (fd < 0) _exit(126);
     dup2(fd, target);
     close(fd);
@@ -89,12 +124,12 @@ class QvkInvocation {
   static int waitBounded(pid_t pid, std::chrono::seconds timeout) {
     auto deadline = std::chrono::steady_clock::now() + timeout;
     int status = 0;
-    while (std::chrono::steady_clock::now() < deadline) {
+    do {
       if (waitpid(pid, &status, WNOHANG) == pid) {
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
       }
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
+    } while (std::chrono::steady_clock::now() < deadline);
     kill(pid, SIGKILL);
     waitpid(pid, &status, 0);
     return -1;
@@ -104,6 +139,12 @@ class QvkInvocation {
     std::ifstream file(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
   }
+
+  TempFile out_{"out"};
+  TempFile err_{"err"};
+  int inputFd_ = -1;
+  pid_t pid_ = -1;
+  int status_ = kRunning;
 };
 
 }  // namespace qvk::testing

@@ -1,6 +1,7 @@
 // The real qvk binary against a real qvk-emulator on loopback.
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -52,6 +53,16 @@ class QvkProcess : public ::testing::Test {
     std::vector<std::string> all{"--url", emulator_->url(), "--data-dir", dataDir_};
     all.insert(all.end(), args.begin(), args.end());
     return QvkInvocation::run(QVK_BINARY, all, input);
+  }
+
+  // The article views of `articleId` that the emulator received so far.
+  static std::size_t viewsOf(std::int64_t articleId) {
+    auto views = boost::json::parse(emulator_->get("/_emulator/article_views").body);
+    std::size_t count = 0;
+    for (const auto& view : views.as_object().at("article_views").as_array()) {
+      if (view.as_object().at("article_id").as_int64() == articleId) ++count;
+    }
+    return count;
   }
 
   static boost::json::value json(const InvocationResult& result) {
@@ -124,8 +135,9 @@ TEST_F(QvkProcess, RefusedConnectionIsAJsonErrorWithStatusOne) {
 }
 
 TEST_F(QvkProcess, UsageErrorsExitTwoAndMissingUrlOne) {
-  EXPECT_EQ(qvk({"hc", "category", "not-a-number"}).status, 2);
-  EXPECT_EQ(qvk({"hc", "frobnicate"}).status, 2);
+  auto usage = qvk({"hc", "frobnicate"});
+  EXPECT_EQ(usage.status, 2);
+  EXPECT_EQ(usage.err.rfind("'frobnicate' is not a command of 'hc'\n", 0), 0u) << usage.err;
   auto noUrl = QvkInvocation::run(QVK_BINARY, {"--data-dir", dataDir_, "hc", "categories"});
   EXPECT_EQ(noUrl.status, 1);
   EXPECT_NE(noUrl.err.find("pass --url or set QVK_URL"), std::string::npos) << noUrl.err;
@@ -159,18 +171,14 @@ TEST_F(QvkProcess, ShellRecordsTheArticleViewWithTheLastSearch) {
 
 TEST_F(QvkProcess, ArticleViewAndItsBlipReachTheServiceBeforeExit) {
   const std::int64_t articleId = 360000030017;
+  const auto viewsBefore = viewsOf(articleId);
   auto result = qvk({"hc", "article", std::to_string(articleId)});
   ASSERT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.out.rfind("Download invoices\n", 0), 0u) << result.out;
 
   // The view is recorded after the answer, and its blip only after the view
   // was accepted: both must have left before the process ended.
-  bool viewed = false;
-  auto views = boost::json::parse(emulator_->get("/_emulator/article_views").body);
-  for (const auto& view : views.as_object().at("article_views").as_array()) {
-    viewed = viewed || view.as_object().at("article_id").as_int64() == articleId;
-  }
-  EXPECT_TRUE(viewed);
+  EXPECT_EQ(viewsOf(articleId), viewsBefore + 1);
   bool blipped = false;
   auto blips = boost::json::parse(emulator_->get("/_emulator/blips").body);
   for (const auto& blip : blips.as_object().at("blips").as_array()) {
@@ -180,6 +188,19 @@ TEST_F(QvkProcess, ArticleViewAndItsBlipReachTheServiceBeforeExit) {
                           pageId->as_int64() == articleId);
   }
   EXPECT_TRUE(blipped) << boost::json::serialize(blips);
+}
+
+TEST_F(QvkProcess, ShellSendsTheArticleViewWhileWaitingForTheNextLine) {
+  const std::int64_t articleId = 360000030017;
+  const auto before = viewsOf(articleId);
+  QvkInvocation shell(QVK_BINARY, {"--url", emulator_->url(), "--data-dir", dataDir_, "shell"});
+  ASSERT_TRUE(shell.write("hc article " + std::to_string(articleId) + "\n"));
+  // Input stays open: the view must leave while the shell waits for a line.
+  for (int poll = 0; poll < 200 && viewsOf(articleId) == before; ++poll) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  EXPECT_EQ(viewsOf(articleId), before + 1);
+  EXPECT_EQ(shell.finish().status, 0);
 }
 
 TEST_F(QvkProcess, ShellKeepsGoingAfterABadLine) {

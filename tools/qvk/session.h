@@ -13,9 +13,10 @@
 namespace qvk {
 
 // The core library and the support library for one qvk process: a run loop
-// as the main queue (pumped only while a command waits), the core object with
-// the identity, Support with the locale override. finish() lets what is in
-// flight reach the service, then shuts the core down.
+// as the main queue (pumped while a command waits for its answer, and while
+// `qvk shell` waits for a line), the core object with the identity, Support
+// with the locale override. finish() lets what is in flight reach the
+// service, then shuts the core down.
 class Session {
  public:
   static constexpr std::chrono::milliseconds kAnswerTimeout{30'000};
@@ -33,6 +34,7 @@ class Session {
 
   const std::shared_ptr<quorvel::Quorvel>& core() const { return core_; }
   const std::string& url() const { return url_; }
+  const std::shared_ptr<quorvel::platform::RunLoop>& loop() const { return loop_; }
   std::chrono::milliseconds answerTimeout() const { return answerTimeout_; }
   void setAnswerTimeout(std::chrono::milliseconds timeout) { answerTimeout_ = timeout; }
 

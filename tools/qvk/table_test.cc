@@ -47,6 +47,7 @@ TEST(Table, MissingCellsAreBlankAndLineBreaksFlattened) {
 }
 
 struct TruncateCase {
+  const char* name;
   std::string text;
   std::size_t width;
   std::string expected;
@@ -58,15 +59,17 @@ TEST_P(TableTruncate, CutsWithAnEllipsisOnCharacterBoundaries) {
   EXPECT_EQ(Table::truncate(GetParam().text, GetParam().width), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, TableTruncate,
-                         ::testing::Values(TruncateCase{"short", 10, "short"},
-                                           TruncateCase{"exactly10!", 10, "exactly10!"},
-                                           TruncateCase{"eleven char", 10, "eleven ch\xE2\x80\xA6"},
-                                           // A trailing blank before the ellipsis is dropped.
-                                           TruncateCase{"ab cd", 4, "ab\xE2\x80\xA6"},
-                                           // Never splits a multi-byte character.
-                                           TruncateCase{"äöüäöü", 4, "äöü\xE2\x80\xA6"},
-                                           TruncateCase{"abc", 0, ""}));
+INSTANTIATE_TEST_SUITE_P(
+    Cases, TableTruncate,
+    ::testing::Values(TruncateCase{"Shorter", "short", 10, "short"},
+                      TruncateCase{"Exactly", "exactly10!", 10, "exactly10!"},
+                      TruncateCase{"Longer", "eleven char", 10, "eleven ch\xE2\x80\xA6"},
+                      // A trailing blank before the ellipsis is dropped.
+                      TruncateCase{"BlankBeforeTheCut", "ab cd", 4, "ab\xE2\x80\xA6"},
+                      // Never splits a multi-byte character.
+                      TruncateCase{"MultiByte", "äöüäöü", 4, "äöü\xE2\x80\xA6"},
+                      TruncateCase{"ZeroWidth", "abc", 0, ""}),
+    [](const auto& testCase) { return std::string(testCase.param.name); });
 
 }  // namespace
 }  // namespace qvk

@@ -1,4 +1,4 @@
-#include "tools/qvk/record_tables.h"
+#include "tools/qvk/hc_tables.h"
 
 #include <optional>
 #include <string>
@@ -46,7 +46,7 @@ Table::Column idColumn() {
 
 }  // namespace
 
-Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterCategory>& categories) {
+Table HcTables::of(const std::vector<velmaro::QVKHelpCenterCategory>& categories) {
   Table table({idColumn(), {"NAME", 40}, {"DESCRIPTION", 50}, {"LOCALE", 8}}, "category",
               "categories");
   for (const auto& c : categories) {
@@ -55,7 +55,7 @@ Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterCategory>& catego
   return table;
 }
 
-Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterSection>& sections) {
+Table HcTables::of(const std::vector<velmaro::QVKHelpCenterSection>& sections) {
   Table table({idColumn(), {"CATEGORY", 20, true}, {"NAME", 40}, {"DESCRIPTION", 50}}, "section",
               "sections");
   for (const auto& s : sections) {
@@ -65,7 +65,7 @@ Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterSection>& section
   return table;
 }
 
-Table RecordTables::of(const std::vector<QVKHelpCenterArticle>& articles) {
+Table HcTables::of(const std::vector<QVKHelpCenterArticle>& articles) {
   Table table(
       {idColumn(), {"TITLE", 48}, {"AUTHOR", 18}, {"CREATED", 10}, {"VOTES", 9}, {"LABELS", 24}},
       "article", "articles");
@@ -76,7 +76,7 @@ Table RecordTables::of(const std::vector<QVKHelpCenterArticle>& articles) {
   return table;
 }
 
-Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterFlatArticle>& articles) {
+Table HcTables::of(const std::vector<velmaro::QVKHelpCenterFlatArticle>& articles) {
   Table table({idColumn(), {"TITLE", 48}, {"SECTION", 24}, {"CATEGORY", 24}, {"CREATED", 10}},
               "article", "articles");
   for (const auto& f : articles) {
@@ -87,13 +87,13 @@ Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterFlatArticle>& art
   return table;
 }
 
-Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterSimpleArticle>& articles) {
+Table HcTables::of(const std::vector<velmaro::QVKHelpCenterSimpleArticle>& articles) {
   Table table({idColumn(), {"TITLE", 70}}, "suggestion", "suggestions");
   for (const auto& a : articles) table.addRow({text(a.id), text(a.title)});
   return table;
 }
 
-Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterAttachment>& attachments) {
+Table HcTables::of(const std::vector<velmaro::QVKHelpCenterAttachment>& attachments) {
   Table table(
       {idColumn(), {"FILE", 36}, {"TYPE", 24}, {"SIZE", 10, true}, {"INLINE", 6}, {"URL", 90}},
       "attachment", "attachments");
@@ -104,7 +104,7 @@ Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterAttachment>& atta
   return table;
 }
 
-Table RecordTables::of(const std::vector<velmaro::QVKHelpCenterArticleVote>& votes) {
+Table HcTables::of(const std::vector<velmaro::QVKHelpCenterArticleVote>& votes) {
   Table table(
       {idColumn(), {"ARTICLE", 20, true}, {"VALUE", 5, true}, {"USER", 20, true}, {"CREATED", 10}},
       "vote", "votes");
