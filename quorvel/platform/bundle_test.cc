@@ -120,12 +120,7 @@ TEST_F(BundleTest, BundlesAreSharedPerPathAndMissingDirectoriesGiveNone) {
   EXPECT_EQ(Bundle::atPath(root_ / "Plain" / "file.txt"), nullptr);
 }
 
-TEST_F(BundleTest, MainBundleIsTheHostsChoice) {
-  const auto host = makeHostBundle();
-  EXPECT_NE(Bundle::main(), nullptr);  // the executable's directory
-  Bundle::setMain(host);
-  EXPECT_EQ(Bundle::main()->identifier(), "com.example.host");
-}
+// Bundle::setMain: LocalizationTest.AHostOverrideComesBeforeTheLibrary.
 
 TEST_F(BundleTest, ResourcesTopLevelLocalizedAndInSubdirectories) {
   const auto bundle = Bundle::atPath(makeHostBundle());
