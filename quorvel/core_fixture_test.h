@@ -72,12 +72,6 @@ class LoopbackServer {
     std::lock_guard lock(mutex_);
     return seen_;
   }
-  std::size_t count(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    std::size_t n = 0;
-    for (const auto& r : seen_) n += r.path == path ? 1 : 0;
-    return n;
-  }
   std::vector<SeenRequest> seen(const std::string& path) {
     std::lock_guard lock(mutex_);
     std::vector<SeenRequest> matching;
@@ -86,6 +80,7 @@ class LoopbackServer {
     }
     return matching;
   }
+  std::size_t count(const std::string& path) { return seen(path).size(); }
 
  private:
   httplib::Server::Handler recording(httplib::Server::Handler handler) {
