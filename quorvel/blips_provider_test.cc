@@ -60,8 +60,6 @@ TEST_F(BlipsProviderTest, ABurstGoesInOneBatchWithItsFields) {
   blips.send(UserAction("1.0", "search", "helpCenterForm", "dravik", "Dravik",
                         boost::json::value{{"query", "reset"}}),
              BlipsGroup::pathfinder);
-  blips.send(UserAction("1.0", "articleVote", std::nullopt, "dravik", "Dravik"),
-             BlipsGroup::behavioural);
   blips.send(PageView("1.0", "dravik", "https://h/a/1", "Title", "en", 9007199254740993, "en-us"),
              BlipsGroup::pathfinder);
   ASSERT_TRUE(waitFor([&] { return server_.count(kBlipsPath) == 1; }))
@@ -70,13 +68,11 @@ TEST_F(BlipsProviderTest, ABurstGoesInOneBatchWithItsFields) {
   ASSERT_EQ(server_.count(kBlipsPath), 1u);
 
   const auto sent = accepted();
-  ASSERT_EQ(sent.size(), 3u);
+  ASSERT_EQ(sent.size(), 2u);
   EXPECT_EQ(sent[0], boost::json::parse(R"({"type":"user_action","version":"1.0","action":"search",
       "label":"helpCenterForm","channel":"dravik","category":"Dravik","value":{"query":"reset"},
       "group":"pathfinder"})"));
-  EXPECT_FALSE(sent[1].as_object().contains("label"));
-  EXPECT_EQ(sent[1].at("group"), "behavioural");
-  EXPECT_EQ(sent[2], boost::json::parse(R"({"type":"page_view","version":"1.0","channel":"dravik",
+  EXPECT_EQ(sent[1], boost::json::parse(R"({"type":"page_view","version":"1.0","channel":"dravik",
       "url":"https://h/a/1","page_title":"Title","navigator_language":"en",
       "page_id":9007199254740993,"page_locale":"en-us","group":"pathfinder"})"));
   EXPECT_EQ(blips.pendingCount(), 0u);

@@ -3,6 +3,7 @@
 // Shared by the core library's tests: a real HTTP server on loopback, a
 // fresh data directory and a pumped RunLoop per test.
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -71,12 +72,6 @@ class LoopbackServer {
     std::lock_guard lock(mutex_);
     return seen_;
   }
-  std::size_t count(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    std::size_t n = 0;
-    for (const auto& r : seen_) n += r.path == path ? 1 : 0;
-    return n;
-  }
   std::vector<SeenRequest> seen(const std::string& path) {
     std::lock_guard lock(mutex_);
     std::vector<SeenRequest> matching;
@@ -85,6 +80,7 @@ class LoopbackServer {
     }
     return matching;
   }
+  std::size_t count(const std::string& path) { return seen(path).size(); }
 
  private:
   httplib::Server::Handler recording(httplib::Server::Handler handler) {
@@ -176,9 +172,8 @@ class CoreTest : public ::testing::Test {
                            std::move(body), loop_, Reporter::none, std::move(delegate));
   }
 
-  // Performs and waits for the answer (and a little longer, to catch a
-  // second callback).
-  Answer call(const ProviderService& request) {
+  // Performs; the answer is filled when the callback comes.
+  static std::shared_ptr<Answer> perform(const ProviderService& request) {
     auto answer = std::make_shared<Answer>();
     request.perform([answer](std::optional<std::string> data,
                              std::optional<HTTPURLResponse> response,
@@ -188,8 +183,22 @@ class CoreTest : public ::testing::Test {
       answer->response = std::move(response);
       answer->error = std::move(error);
     });
-    waitFor([&] { return answer->calls > 0; });
+    return answer;
+  }
+
+  // Waits for every answer (and a little longer, to catch a second callback).
+  bool waitForAll(const std::vector<std::shared_ptr<Answer>>& answers) {
+    const bool all = waitFor([&] {
+      return std::all_of(answers.begin(), answers.end(), [](const auto& a) { return a->calls; });
+    });
     loop_->runFor(std::chrono::milliseconds(5));
+    return all;
+  }
+
+  // Performs and waits for the answer.
+  Answer call(const ProviderService& request) {
+    const auto answer = perform(request);
+    waitForAll({answer});
     return *answer;
   }
 

@@ -13,6 +13,10 @@ struct ScrubCase {
   std::string out;
 };
 
+void PrintTo(const ScrubCase& c, std::ostream* os) {
+  *os << c.in;
+}
+
 class CoreLoggerScrubTest : public ::testing::TestWithParam<ScrubCase> {};
 
 TEST_P(CoreLoggerScrubTest, RemovesCredentialsAndKeepsTheRest) {

@@ -6,7 +6,6 @@
 
 #include "quorvel/anonymous_identity.h"
 #include "quorvel/core_fixture_test.h"
-#include "quorvel/jwt_identity.h"
 
 namespace quorvel::testing {
 namespace {
@@ -23,8 +22,6 @@ TEST_F(QuorvelTest, InitializeMakesTheInstanceAndSendsNothing) {
   EXPECT_EQ(Quorvel::instance(), quorvel_);
   EXPECT_EQ(QVKClassicQuorvel::instance(), quorvel_);
   EXPECT_EQ(quorvel_->quorvelUrl(), server_.url()) << "without the trailing slash";
-  EXPECT_EQ(quorvel_->accountDetails().appId(), "test-app");
-  EXPECT_EQ(quorvel_->accountDetails().clientId(), "client-7");
   EXPECT_FALSE(quorvel_->identity());
   loop_->runFor(std::chrono::milliseconds(100));
   EXPECT_TRUE(server_.seen().empty());
@@ -43,7 +40,6 @@ TEST_F(QuorvelTest, TheAnonymousGuidIsMadeOnceAndSurvivesClearingTheSession) {
   ASSERT_TRUE(identity);
   const std::string guid = identity->guid();
   EXPECT_EQ(guid.size(), 36u);
-  EXPECT_EQ(identity->type(), IdentityType::anonymous);
 
   auto& store = *quorvel_->storeModule().sessionStore;
   store.store("t", "quorvel.core.access_token");
@@ -55,24 +51,6 @@ TEST_F(QuorvelTest, TheAnonymousGuidIsMadeOnceAndSurvivesClearingTheSession) {
   start(server_.url());
   quorvel_->setIdentity(std::make_shared<AnonymousIdentity>());
   EXPECT_EQ(std::dynamic_pointer_cast<const AnonymousIdentity>(quorvel_->identity())->guid(), guid);
-
-  quorvel_->setIdentity(std::make_shared<QVKObjCJwt>("eyJ.a.b"));
-  EXPECT_EQ(quorvel_->identity()->type(), IdentityType::jwt);
-}
-
-TEST_F(QuorvelTest, ActionHandlersAreFoundByName) {
-  start(server_.url());
-  auto& registry = quorvel_->actionHandlerRegistry();
-  boost::json::object received;
-  registry.add("Request_Controller_Refresh_id_123",
-               [&](const boost::json::object& with) { received = with; });
-  EXPECT_FALSE(registry.handler("Request_List_Refresh"));
-  const auto handler = registry.handler("Request_Controller_Refresh_id_123");
-  ASSERT_TRUE(handler);
-  handler->handle({{"request_id", "123"}});
-  EXPECT_EQ(received, (boost::json::object{{"request_id", "123"}}));
-  registry.remove("Request_Controller_Refresh_id_123");
-  EXPECT_FALSE(registry.handler("Request_Controller_Refresh_id_123"));
 }
 
 TEST(QuorvelDataDirectoryTest, DefaultsToAPerUserFolderForTheApp) {

@@ -9,40 +9,20 @@ namespace {
 
 constexpr const char* kSettingsPath = "/api/mobile/sdk/settings/test-app.json";
 
-platform::Result<const boost::json::object*> objectAt(const boost::json::value& document,
-                                                      const char* key) {
-  const auto* value = document.is_object() ? document.get_object().if_contains(key) : nullptr;
-  if (value == nullptr || !value->is_object()) {
-    return platform::Error::withDescription("test", 1, std::string("no ") + key);
-  }
-  return &value->get_object();
-}
-
+// A record of the settings document. Records that do not decode are answered
+// as nothing: ThroughTheCoreTest.ARecordThatDoesNotDecodeIsDeliveredAsNothing.
 struct SupportFlag {
   bool enabled = false;
   static platform::Result<SupportFlag> decode(const boost::json::value& document) {
-    const auto support = objectAt(document, "support");
-    if (!support.ok()) return support.error();
-    const auto* enabled = (*support)->if_contains("enabled");
+    boost::system::error_code ec;
+    const auto* enabled = document.find_pointer("/support/enabled", ec);
     if (enabled == nullptr || !enabled->is_bool()) {
-      return platform::Error::withDescription("test", 2, "no enabled");
+      return platform::Error::withDescription("test", 1, "no support.enabled");
     }
     return SupportFlag{enabled->get_bool()};
   }
   static SupportFlag defaultValue() { return {}; }
 };
-
-struct HelpCenterFlag {
-  bool enabled = false;
-  static platform::Result<HelpCenterFlag> decode(const boost::json::value& document) {
-    const auto helpCenter = objectAt(document, "help_center");
-    if (!helpCenter.ok()) return helpCenter.error();
-    return HelpCenterFlag{true};
-  }
-  static HelpCenterFlag defaultValue() { return {}; }
-};
-
-static_assert(DecodableDefault<SupportFlag>);
 
 class SettingsProviderTest : public CoreTest {
  protected:
@@ -81,18 +61,14 @@ class SettingsProviderTest : public CoreTest {
   std::atomic<bool> failing_{false};
 };
 
-TEST_F(SettingsProviderTest, DownloadsOnceAndDecodesEachRecordFromTheKeptDocument) {
+TEST_F(SettingsProviderTest, DownloadsOnceAndAnswersAgainFromTheKeptDocument) {
   start(server_.url());
-  const auto first = get<SupportFlag>();
-  EXPECT_EQ(first.first, 1);
-  ASSERT_TRUE(first.second);
-  EXPECT_TRUE(first.second->enabled);
-
-  const auto again = get<SupportFlag>();
-  EXPECT_TRUE(again.second && again.second->enabled);
-  const auto undecodable = get<HelpCenterFlag>();
-  EXPECT_EQ(undecodable.first, 1);
-  EXPECT_FALSE(undecodable.second);
+  for (int i = 0; i < 2; ++i) {
+    const auto answer = get<SupportFlag>();
+    EXPECT_EQ(answer.first, 1);
+    ASSERT_TRUE(answer.second);
+    EXPECT_TRUE(answer.second->enabled);
+  }
   EXPECT_EQ(server_.count(kSettingsPath), 1u);
   EXPECT_EQ(server_.seen(kSettingsPath).at(0).header("X-QV-App-Id"), "test-app");
 }

@@ -1,6 +1,7 @@
-// Run loop and serial thread queue: ordering, waiting, stopping, threads.
+// Run loop and serial thread queue: ordering, threads, lifetimes.
 #include <atomic>
 #include <chrono>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -26,34 +27,7 @@ TEST(RunLoopTest, RunsTasksInPostingOrderIncludingOnesPostedWhileRunning) {
   EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
 }
 
-TEST(RunLoopTest, RunUntilReturnsFalseWhenTheConditionNeverHolds) {
-  RunLoop loop;
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(loop.runUntil([] { return false; }, 50ms));
-  EXPECT_GE(std::chrono::steady_clock::now() - start, 50ms);
-}
-
-TEST(RunLoopTest, RunUntilWakesForATaskPostedFromAnotherThread) {
-  RunLoop loop;
-  std::atomic<bool> ran{false};
-  std::thread poster([&] {
-    std::this_thread::sleep_for(20ms);
-    loop.post([&] { ran = true; });
-  });
-  EXPECT_TRUE(loop.runUntil([&] { return ran.load(); }, 5s));
-  poster.join();
-}
-
-TEST(RunLoopTest, StopFromAnotherThreadEndsRun) {
-  RunLoop loop;
-  std::thread stopper([&] {
-    std::this_thread::sleep_for(20ms);
-    loop.stop();
-  });
-  loop.run();  // returns only because of stop()
-  stopper.join();
-  SUCCEED();
-}
+// Waking, stopping and deadlines, with and without sources: RunLoopWaitTest.
 
 TEST(RunLoopTest, IsCurrentOnlyWhilePumpingOnThatThread) {
   RunLoop loop;
@@ -82,16 +56,17 @@ TEST(RunLoopTest, DestroyingDropsQueuedTasksWithoutRunningThem) {
 TEST(SerialThreadQueueTest, RunsTasksInOrderOnItsOwnThread) {
   SerialThreadQueue queue;
   std::vector<int> order;
+  std::vector<int> expected(100);
+  std::iota(expected.begin(), expected.end(), 0);
   std::atomic<bool> onQueueThread{true};
-  for (int i = 0; i < 100; ++i) {
+  for (const int i : expected) {
     queue.post([&, i] {
       order.push_back(i);
       if (!queue.isCurrent()) onQueueThread = false;
     });
   }
   queue.drain();
-  ASSERT_EQ(order.size(), 100U);
-  for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+  EXPECT_EQ(order, expected);
   EXPECT_TRUE(onQueueThread);
   EXPECT_FALSE(queue.isCurrent());
 }

@@ -1,7 +1,6 @@
 #include "quorvel/platform/notification_center.h"
 
 #include <atomic>
-#include <cctype>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,49 +19,38 @@ struct DeliveryCase {
   bool delivered;
 };
 
+void PrintTo(const DeliveryCase& c, std::ostream* os) {
+  *os << c.label;
+}
+
 class NotificationDeliveryTest : public testing::TestWithParam<DeliveryCase> {};
 
-TEST_P(NotificationDeliveryTest, MatchesByNameAndOptionalSender) {
+TEST_P(NotificationDeliveryTest, MatchesByNameAndOptionalSenderAndCarriesBoth) {
   const auto& c = GetParam();
   NotificationCenter center;
   int sender = 0;
   int other = 0;
+  const void* postedBy = c.postFromSender ? &sender : &other;
   int calls = 0;
   center.addObserver(c.observedName, c.observeSender ? &sender : nullptr,
-                     [&](const Notification&) { ++calls; });
-  center.post(c.postedName, c.postFromSender ? &sender : &other);
-  EXPECT_EQ(calls, c.delivered ? 1 : 0) << c.label;
+                     [&](const Notification& n) {
+                       ++calls;
+                       EXPECT_EQ(n.sender, postedBy);
+                       EXPECT_EQ(std::any_cast<std::string>(n.userInfo.at("error")), "boom");
+                     });
+  center.post(c.postedName, postedBy, {{"error", std::string("boom")}});
+  EXPECT_EQ(calls, c.delivered ? 1 : 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, NotificationDeliveryTest,
-    testing::Values(DeliveryCase{"same name", "A", false, "A", false, true},
-                    DeliveryCase{"other name", "A", false, "B", false, false},
-                    DeliveryCase{"any name", std::nullopt, false, "B", false, true},
-                    DeliveryCase{"right sender", "A", true, "A", true, true},
-                    DeliveryCase{"wrong sender", "A", true, "A", false, false},
-                    DeliveryCase{"any name, right sender", std::nullopt, true, "Z", true, true}),
-    [](const auto& paramInfo) {
-      std::string name = paramInfo.param.label;
-      for (auto& ch : name) {
-        if (!std::isalnum(static_cast<unsigned char>(ch))) ch = '_';
-      }
-      return name;
-    });
-
-TEST(NotificationCenterTest, UserInfoAndSenderReachTheObserver) {
-  NotificationCenter center;
-  int sender = 0;
-  std::string seen;
-  const void* seenSender = nullptr;
-  center.addObserver("QVKUnauthorized", nullptr, [&](const Notification& n) {
-    seen = std::any_cast<std::string>(n.userInfo.at("error"));
-    seenSender = n.sender;
-  });
-  center.post("QVKUnauthorized", &sender, {{"error", std::string("boom")}});
-  EXPECT_EQ(seen, "boom");
-  EXPECT_EQ(seenSender, &sender);
-}
+    testing::Values(DeliveryCase{"SameName", "A", false, "A", false, true},
+                    DeliveryCase{"OtherName", "A", false, "B", false, false},
+                    DeliveryCase{"AnyName", std::nullopt, false, "B", false, true},
+                    DeliveryCase{"RightSender", "A", true, "A", true, true},
+                    DeliveryCase{"WrongSender", "A", true, "A", false, false},
+                    DeliveryCase{"AnyNameRightSender", std::nullopt, true, "Z", true, true}),
+    testing::PrintToStringParamName());
 
 TEST(NotificationCenterTest, RemovedObserversAreNotCalledAgain) {
   NotificationCenter center;

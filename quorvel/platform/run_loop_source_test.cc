@@ -73,23 +73,6 @@ TEST(RunLoopSourceTest, AReadyDescriptorWakesTheLoopAndIsHandledOnItsThread) {
   EXPECT_EQ(source->events, (std::vector<std::string>{"enter", "exit"}));
 }
 
-TEST(RunLoopSourceTest, TasksAndStopStillWakeALoopSleepingOnSources) {
-  RunLoop loop;
-  auto source = std::make_shared<PipeSource>();
-  loop.addSource(source);
-  std::atomic<bool> ran{false};
-  std::thread poster([&] {
-    std::this_thread::sleep_for(20ms);
-    loop.post([&] { ran = true; });
-    std::this_thread::sleep_for(20ms);
-    loop.stop();
-  });
-  EXPECT_TRUE(loop.runUntil([&] { return ran.load(); }, 5s));
-  loop.run();  // returns only because of stop()
-  poster.join();
-  EXPECT_EQ(source->performed.load(), 0);
-}
-
 TEST(RunLoopSourceTest, NestedPumpsAreAnnouncedAndRunPendingNeitherEntersNorSleeps) {
   RunLoop loop;
   auto source = std::make_shared<PipeSource>();
@@ -112,15 +95,43 @@ TEST(RunLoopSourceTest, ARemovedSourceIsNoLongerWatched) {
   EXPECT_TRUE(source->events.empty());
 }
 
-TEST(RunLoopSourceTest, TheDeadlineHoldsWhileSleepingOnSources) {
-  RunLoop loop;
-  loop.addSource(std::make_shared<PipeSource>());
+// Without sources the loop sleeps on a condition variable, with one in
+// poll(2): both wake for a task or stop() from another thread, and give up
+// at the deadline.
+class RunLoopWaitTest : public testing::TestWithParam<bool> {
+ protected:
+  RunLoopWaitTest() {
+    if (GetParam()) loop_.addSource(source_);
+  }
+  RunLoop loop_;
+  std::shared_ptr<PipeSource> source_ = std::make_shared<PipeSource>();
+};
+
+TEST_P(RunLoopWaitTest, ATaskAndStopFromAnotherThreadWakeIt) {
+  std::atomic<bool> ran{false};
+  std::thread poster([&] {
+    std::this_thread::sleep_for(20ms);
+    loop_.post([&] { ran = true; });
+    std::this_thread::sleep_for(20ms);
+    loop_.stop();
+  });
+  EXPECT_TRUE(loop_.runUntil([&] { return ran.load(); }, 5s));
+  loop_.run();  // returns only because of stop()
+  poster.join();
+  EXPECT_EQ(source_->performed.load(), 0);
+}
+
+TEST_P(RunLoopWaitTest, RunUntilGivesUpAtTheDeadline) {
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(loop.runUntil([] { return false; }, 50ms));
+  EXPECT_FALSE(loop_.runUntil([] { return false; }, 50ms));
   const auto waited = std::chrono::steady_clock::now() - start;
   EXPECT_GE(waited, 50ms);
   EXPECT_LT(waited, 5s);
 }
+
+INSTANTIATE_TEST_SUITE_P(Sleeps, RunLoopWaitTest, testing::Bool(), [](const auto& param) {
+  return std::string(param.param ? "OnASource" : "WithoutSources");
+});
 
 }  // namespace
 }  // namespace quorvel::platform
