@@ -5,7 +5,9 @@
 
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
+#include <vector>
 
 #include <boost/json.hpp>
 #include <gtest/gtest.h>
@@ -85,6 +87,13 @@ class EmulatorTest : public ::testing::Test {
   Answer del(const std::string& path, const std::string& token = {}) {
     return wrap(client_->Delete(path.c_str(), auth(token)));
   }
+  // GET, POST or PUT by name, with a JSON body.
+  Answer call(const std::string& method, const std::string& path, const std::string& body,
+              const std::string& token) {
+    if (method == "GET") return get(path, token);
+    if (method == "PUT") return put(path, body, token);
+    return post(path, body, token);
+  }
 
   std::string tokenFrom(const Answer& a) {
     EXPECT_EQ(a.status, 201) << a.body;
@@ -138,6 +147,52 @@ struct CaseName {
 
 inline std::size_t sizeOf(const boost::json::value& v) {
   return v.is_array() ? v.as_array().size() : 0;
+}
+
+// One expectation on an answer's JSON at a JSON pointer ("/requests/0/id"):
+// the value there, the size of the list there, or the kind of value there.
+struct Check {
+  std::string pointer;
+  boost::json::value value;
+  enum { kEqual, kSize, kKind } what = kEqual;
+  boost::json::kind kind = boost::json::kind::null;
+};
+inline Check is(std::string pointer, boost::json::value value) {
+  return {std::move(pointer), std::move(value)};
+}
+inline Check sized(std::string pointer, std::size_t size) {
+  return {std::move(pointer), size, Check::kSize};
+}
+inline Check kindAt(std::string pointer, boost::json::kind kind) {
+  return {std::move(pointer), nullptr, Check::kKind, kind};
+}
+
+inline void expectChecks(const Answer& a, const std::vector<Check>& checks) {
+  for (const auto& c : checks) {
+    boost::system::error_code ec;
+    const auto* found = a.json.find_pointer(c.pointer, ec);
+    if (!found) {
+      ADD_FAILURE() << "nothing at " << c.pointer << " in " << a.body.substr(0, 300);
+    } else if (c.what == Check::kSize) {
+      EXPECT_TRUE(found->is_array()) << c.pointer;
+      EXPECT_EQ(sizeOf(*found), c.value.to_number<std::size_t>()) << c.pointer;
+    } else if (c.what == Check::kKind) {
+      EXPECT_EQ(found->kind(), c.kind) << c.pointer;
+    } else {
+      EXPECT_EQ(*found, c.value) << c.pointer;
+    }
+  }
+}
+
+// A call to one route and what its answer holds.
+struct RouteCase {
+  const char* name;
+  std::string path;
+  int status;
+  std::vector<Check> checks;
+};
+inline void PrintTo(const RouteCase& c, std::ostream* os) {
+  *os << c.name << ": " << c.path;
 }
 
 }  // namespace qvk::emulator::testing
