@@ -55,7 +55,7 @@ TEST_F(Uploads, ContentIsDownloadableAndNameDecoded) {
   EXPECT_EQ(content.header("Content-Type"), "image/png");
 }
 
-TEST_F(Uploads, DeleteRemovesOnlyTheOwnersUnusedUpload) {
+TEST_F(Uploads, DeleteRemovesOnlyTheOwnersUpload) {
   auto token = demoToken();
   auto a = post("/api/mobile/uploads.json?filename=a.txt", "abc", token, {}, "text/plain");
   std::string uploadToken(at(a.json, "upload", "token").as_string());
@@ -63,22 +63,6 @@ TEST_F(Uploads, DeleteRemovesOnlyTheOwnersUnusedUpload) {
   EXPECT_EQ(del(path, anonymousToken("someone-else")).status, 404);
   EXPECT_EQ(del(path, token).status, 204);
   EXPECT_EQ(del(path, token).status, 404);
-  auto create =
-      post("/api/mobile/requests.json",
-           R"({"request":{"comment":{"body":"x","uploads":[")" + uploadToken + R"("]}}})", token);
-  EXPECT_EQ(create.status, 422);
-}
-
-TEST_F(Uploads, ReplyAttachesUploads) {
-  auto token = demoToken();
-  auto a = post("/api/mobile/uploads.json?filename=log.txt", "log", token, {}, "text/plain");
-  std::string uploadToken(at(a.json, "upload", "token").as_string());
-  auto reply = put(
-      "/api/mobile/requests/101.json?include=last_comment",
-      R"({"request":{"comment":{"value":"log attached","uploads":[")" + uploadToken + R"("]}}})",
-      token);
-  ASSERT_EQ(reply.status, 200) << reply.body;
-  EXPECT_EQ(at(reply.json, "request", "last_comment", "attachments", 0, "file_name"), "log.txt");
 }
 
 class SmallAttachments : public EmulatorTest {
