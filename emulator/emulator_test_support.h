@@ -7,6 +7,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <boost/json.hpp>
@@ -113,25 +114,12 @@ class EmulatorTest : public ::testing::Test {
   std::unique_ptr<httplib::Client> client_;
 };
 
-// Digs a value out of nested objects and arrays: at(v, "request", "id"),
-// at(v, "comments", 0, "body"). A missing step gives null.
-inline const boost::json::value& at(const boost::json::value& v) {
-  return v;
-}
-template <typename... Rest>
-const boost::json::value& at(const boost::json::value& v, int index, Rest... rest);
-template <typename... Rest>
-const boost::json::value& at(const boost::json::value& v, const char* key, Rest... rest) {
+// The value at a JSON pointer: at(v, "/comments/0/body"); null when there is none.
+inline const boost::json::value& at(const boost::json::value& v, std::string_view pointer) {
   static const boost::json::value kNull;
-  const auto* next = v.is_object() ? v.as_object().if_contains(key) : nullptr;
-  return next ? at(*next, rest...) : kNull;
-}
-template <typename... Rest>
-const boost::json::value& at(const boost::json::value& v, int index, Rest... rest) {
-  static const boost::json::value kNull;
-  if (!v.is_array() || index < 0 || static_cast<std::size_t>(index) >= v.as_array().size())
-    return kNull;
-  return at(v.as_array()[static_cast<std::size_t>(index)], rest...);
+  boost::system::error_code ec;
+  const auto* found = v.find_pointer(pointer, ec);
+  return found ? *found : kNull;
 }
 
 // Test names from the cases' "name" members.

@@ -41,9 +41,9 @@ TEST_P(RequestRefusals, AnswerAnError) {
   const auto& c = GetParam();
   auto a = call(c.method, c.path, c.body, c.status == 401 ? "not-a-token" : demoToken());
   EXPECT_EQ(a.status, c.status) << a.body;
-  EXPECT_TRUE(at(a.json, "error").is_string()) << a.body;
+  EXPECT_TRUE(at(a.json, "/error").is_string()) << a.body;
   if (c.status == 401) {
-    EXPECT_EQ(at(a.json, "error"), "Unauthorized");
+    EXPECT_EQ(at(a.json, "/error"), "Unauthorized");
   }
 }
 
@@ -141,7 +141,7 @@ class Requests : public EmulatorTest {
   std::string upload(const std::string& token, const std::string& name) {
     auto a = post("/api/mobile/uploads.json?filename=" + name, "DATA", token, {}, "image/png");
     EXPECT_EQ(a.status, 201) << a.body;
-    const auto& t = at(a.json, "upload", "token");
+    const auto& t = at(a.json, "/upload/token");
     return t.is_string() ? std::string(t.as_string()) : std::string();
   }
 };
@@ -162,9 +162,9 @@ TEST_F(Requests, CreateStoresEverythingAndAnswersTheLastCommentAtTheTop) {
       a, {is("/request/status", "new"), is("/request/ticket_form_id", SampleData::kContactFormId),
           is("/request/custom_fields/0/value", "ABC-1234"), is("/last_comment/body", "Help"),
           is("/last_comment/attachments/0/file_name", "shot.png")});
-  EXPECT_TRUE(at(a.json, "request", "last_comment").is_null());
+  EXPECT_TRUE(at(a.json, "/request/last_comment").is_null());
 
-  auto id = std::to_string(at(a.json, "request", "id").as_int64());
+  auto id = std::to_string(at(a.json, "/request/id").as_int64());
   expectChecks(get("/_emulator/requests/" + id),
                {is("/request/tags/1", "b"), is("/request/metadata/sdk/device_os", "12")});
   // A token is used once.
@@ -180,7 +180,7 @@ TEST_F(Requests, AnonymousRequestsBelongToTheIdentityGuid) {
   auto created = post("/api/mobile/requests.json?include=last_comment", createBody("Anon"), token,
                       {{"Mobile-Sdk-Identity", "guid-1"}});
   ASSERT_EQ(created.status, 201) << created.body;
-  auto id = std::to_string(at(created.json, "request", "id").as_int64());
+  auto id = std::to_string(at(created.json, "/request/id").as_int64());
 
   // show_many answers by token, whoever the request belongs to.
   auto many = get("/api/mobile/requests/show_many.json?tokens=" + id +
@@ -188,7 +188,7 @@ TEST_F(Requests, AnonymousRequestsBelongToTheIdentityGuid) {
                       "&sort_by=updated_at&sort_order=desc",
                   token);
   ASSERT_EQ(many.status, 200);
-  EXPECT_EQ(sizeOf(at(many.json, "requests")), 2u);
+  EXPECT_EQ(sizeOf(at(many.json, "/requests")), 2u);
   // A new token for the same guid is the same user.
   EXPECT_EQ(get("/api/mobile/requests/" + id + ".json", anonymousToken("guid-1")).status, 200);
   EXPECT_EQ(get("/api/mobile/requests/" + id + ".json", anonymousToken("guid-2")).status, 404);
@@ -199,10 +199,10 @@ TEST_F(Requests, AgentCommentIsTheOneSinceItsTimeAndMakesTheRequestPending) {
   auto token = demoToken();
   auto reply = post("/_emulator/requests/101/comments", R"({"body":"Any news?"})");
   ASSERT_EQ(reply.status, 201) << reply.body;
-  auto since = std::string(at(reply.json, "comment", "created_at").as_string());
+  auto since = std::string(at(reply.json, "/comment/created_at").as_string());
   expectChecks(get(kComments + "&since=" + since + "&role=agent", token),
                {sized("/comments", 1), is("/comments/0/body", "Any news?")});
-  EXPECT_EQ(at(get("/api/mobile/requests/101.json", token).json, "request", "status"), "pending");
+  EXPECT_EQ(at(get("/api/mobile/requests/101.json", token).json, "/request/status"), "pending");
 }
 
 TEST_F(Requests, ReplyAnswersTheRequestWithItsLastCommentInside) {
