@@ -26,7 +26,7 @@ TEST_P(TokenExchange, Answers) {
   if (c.status == 201) {
     EXPECT_GE(at(a.json, "/access_token").as_string().size(), 20u);
   } else {
-    EXPECT_TRUE(a.has("error"));
+    EXPECT_TRUE(at(a.json, "/error").is_string()) << a.body;
   }
 }
 
@@ -41,8 +41,6 @@ INSTANTIATE_TEST_SUITE_P(
                      R"({"identity":{"guid":"g-1","name":null,"email":null}})", 201},
         ExchangeCase{"anonymous_without_guid", "/api/mobile/sdk/access/anonymous.json",
                      R"({"identity":{"name":"x"}})", 422},
-        ExchangeCase{"demo_jwt", "/api/mobile/sdk/access/jwt.json",
-                     R"({"identity":{"jwt":")" + std::string(kDemoJwt) + R"("}})", 201},
         ExchangeCase{"other_jwt", "/api/mobile/sdk/access/jwt.json",
                      R"({"identity":{"jwt":")" + kJwtWithEmail + R"("}})", 201},
         ExchangeCase{"jwt_without_email", "/api/mobile/sdk/access/jwt.json",

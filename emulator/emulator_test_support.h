@@ -25,16 +25,19 @@ struct Answer {
   httplib::Headers headers;
   boost::json::value json;  // null when the body is not JSON
 
-  const boost::json::object& object() const {
-    static const boost::json::object kEmpty;
-    return json.is_object() ? json.as_object() : kEmpty;
-  }
-  bool has(const char* key) const { return object().contains(key); }
   std::string header(const char* name) const {
     auto it = headers.find(name);
     return it == headers.end() ? std::string() : it->second;
   }
 };
+
+// The value at a JSON pointer: at(v, "/comments/0/body"); null when there is none.
+inline const boost::json::value& at(const boost::json::value& v, std::string_view pointer) {
+  static const boost::json::value kNull;
+  boost::system::error_code ec;
+  const auto* found = v.find_pointer(pointer, ec);
+  return found ? *found : kNull;
+}
 
 class EmulatorTest : public ::testing::Test {
  protected:
@@ -98,8 +101,8 @@ class EmulatorTest : public ::testing::Test {
 
   std::string tokenFrom(const Answer& a) {
     EXPECT_EQ(a.status, 201) << a.body;
-    const auto* t = a.object().if_contains("access_token");
-    return t && t->is_string() ? std::string(t->as_string()) : std::string();
+    const auto& t = at(a.json, "/access_token");
+    return t.is_string() ? std::string(t.as_string()) : std::string();
   }
   std::string demoToken() {
     return tokenFrom(post("/api/mobile/sdk/access/jwt.json",
@@ -113,14 +116,6 @@ class EmulatorTest : public ::testing::Test {
   std::unique_ptr<EmulatorServer> server_;
   std::unique_ptr<httplib::Client> client_;
 };
-
-// The value at a JSON pointer: at(v, "/comments/0/body"); null when there is none.
-inline const boost::json::value& at(const boost::json::value& v, std::string_view pointer) {
-  static const boost::json::value kNull;
-  boost::system::error_code ec;
-  const auto* found = v.find_pointer(pointer, ec);
-  return found ? *found : kNull;
-}
 
 // Test names from the cases' "name" members.
 struct CaseName {
