@@ -10,6 +10,8 @@
 namespace qvk::emulator::testing {
 namespace {
 
+using testing::PrintTo;
+
 struct ExchangeCase {
   const char* name;
   const char* path;

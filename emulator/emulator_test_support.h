@@ -117,6 +117,16 @@ class EmulatorTest : public ::testing::Test {
   std::unique_ptr<httplib::Client> client_;
 };
 
+// Cases print as their names in test listings and failures. A file's
+// anonymous namespace brings this in with `using testing::PrintTo;`.
+template <typename Case>
+requires requires(const Case& c) {
+  std::string_view(c.name);
+}
+void PrintTo(const Case& c, std::ostream* os) {
+  *os << c.name;
+}
+
 // Test names from the cases' "name" members.
 struct CaseName {
   template <typename P>

@@ -8,6 +8,8 @@
 namespace qvk::emulator::testing {
 namespace {
 
+using testing::PrintTo;
+
 const std::string kAllStatuses = "new,open,pending,hold,solved,closed";
 const std::string kListQuery =
     "include=public_updated_at,last_commenting_agents,last_comment,first_comment&status=" +

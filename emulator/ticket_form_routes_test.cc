@@ -9,6 +9,8 @@
 namespace qvk::emulator::testing {
 namespace {
 
+using testing::PrintTo;
+
 const std::string kContact = std::to_string(SampleData::kContactFormId);
 const std::string kBug = std::to_string(SampleData::kBugFormId);
 const std::string kInactive = std::to_string(SampleData::kInactiveFormId);

@@ -7,6 +7,8 @@
 namespace qvk::emulator::testing {
 namespace {
 
+using testing::PrintTo;
+
 struct UploadCase {
   const char* name;
   std::string query;
