@@ -5,7 +5,10 @@
 
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <boost/json.hpp>
 #include <gtest/gtest.h>
@@ -22,16 +25,19 @@ struct Answer {
   httplib::Headers headers;
   boost::json::value json;  // null when the body is not JSON
 
-  const boost::json::object& object() const {
-    static const boost::json::object kEmpty;
-    return json.is_object() ? json.as_object() : kEmpty;
-  }
-  bool has(const char* key) const { return object().contains(key); }
   std::string header(const char* name) const {
     auto it = headers.find(name);
     return it == headers.end() ? std::string() : it->second;
   }
 };
+
+// The value at a JSON pointer: at(v, "/comments/0/body"); null when there is none.
+inline const boost::json::value& at(const boost::json::value& v, std::string_view pointer) {
+  static const boost::json::value kNull;
+  boost::system::error_code ec;
+  const auto* found = v.find_pointer(pointer, ec);
+  return found ? *found : kNull;
+}
 
 class EmulatorTest : public ::testing::Test {
  protected:
@@ -85,11 +91,18 @@ class EmulatorTest : public ::testing::Test {
   Answer del(const std::string& path, const std::string& token = {}) {
     return wrap(client_->Delete(path.c_str(), auth(token)));
   }
+  // GET, POST or PUT by name, with a JSON body.
+  Answer call(const std::string& method, const std::string& path, const std::string& body,
+              const std::string& token) {
+    if (method == "GET") return get(path, token);
+    if (method == "PUT") return put(path, body, token);
+    return post(path, body, token);
+  }
 
   std::string tokenFrom(const Answer& a) {
     EXPECT_EQ(a.status, 201) << a.body;
-    const auto* t = a.object().if_contains("access_token");
-    return t && t->is_string() ? std::string(t->as_string()) : std::string();
+    const auto& t = at(a.json, "/access_token");
+    return t.is_string() ? std::string(t.as_string()) : std::string();
   }
   std::string demoToken() {
     return tokenFrom(post("/api/mobile/sdk/access/jwt.json",
@@ -104,25 +117,14 @@ class EmulatorTest : public ::testing::Test {
   std::unique_ptr<httplib::Client> client_;
 };
 
-// Digs a value out of nested objects and arrays: at(v, "request", "id"),
-// at(v, "comments", 0, "body"). A missing step gives null.
-inline const boost::json::value& at(const boost::json::value& v) {
-  return v;
+// Cases print as their names in test listings and failures. A file's
+// anonymous namespace brings this in with `using testing::PrintTo;`.
+template <typename Case>
+requires requires(const Case& c) {
+  std::string_view(c.name);
 }
-template <typename... Rest>
-const boost::json::value& at(const boost::json::value& v, int index, Rest... rest);
-template <typename... Rest>
-const boost::json::value& at(const boost::json::value& v, const char* key, Rest... rest) {
-  static const boost::json::value kNull;
-  const auto* next = v.is_object() ? v.as_object().if_contains(key) : nullptr;
-  return next ? at(*next, rest...) : kNull;
-}
-template <typename... Rest>
-const boost::json::value& at(const boost::json::value& v, int index, Rest... rest) {
-  static const boost::json::value kNull;
-  if (!v.is_array() || index < 0 || static_cast<std::size_t>(index) >= v.as_array().size())
-    return kNull;
-  return at(v.as_array()[static_cast<std::size_t>(index)], rest...);
+void PrintTo(const Case& c, std::ostream* os) {
+  *os << c.name;
 }
 
 // Test names from the cases' "name" members.
@@ -138,6 +140,52 @@ struct CaseName {
 
 inline std::size_t sizeOf(const boost::json::value& v) {
   return v.is_array() ? v.as_array().size() : 0;
+}
+
+// One expectation on an answer's JSON at a JSON pointer ("/requests/0/id"):
+// the value there, the size of the list there, or the kind of value there.
+struct Check {
+  std::string pointer;
+  boost::json::value value;
+  enum { kEqual, kSize, kKind } what = kEqual;
+  boost::json::kind kind = boost::json::kind::null;
+};
+inline Check is(std::string pointer, boost::json::value value) {
+  return {std::move(pointer), std::move(value)};
+}
+inline Check sized(std::string pointer, std::size_t size) {
+  return {std::move(pointer), size, Check::kSize};
+}
+inline Check kindAt(std::string pointer, boost::json::kind kind) {
+  return {std::move(pointer), nullptr, Check::kKind, kind};
+}
+
+inline void expectChecks(const Answer& a, const std::vector<Check>& checks) {
+  for (const auto& c : checks) {
+    boost::system::error_code ec;
+    const auto* found = a.json.find_pointer(c.pointer, ec);
+    if (!found) {
+      ADD_FAILURE() << "nothing at " << c.pointer << " in " << a.body.substr(0, 300);
+    } else if (c.what == Check::kSize) {
+      EXPECT_TRUE(found->is_array()) << c.pointer;
+      EXPECT_EQ(sizeOf(*found), c.value.to_number<std::size_t>()) << c.pointer;
+    } else if (c.what == Check::kKind) {
+      EXPECT_EQ(found->kind(), c.kind) << c.pointer;
+    } else {
+      EXPECT_EQ(*found, c.value) << c.pointer;
+    }
+  }
+}
+
+// A call to one route and what its answer holds.
+struct RouteCase {
+  const char* name;
+  std::string path;
+  int status;
+  std::vector<Check> checks;
+};
+inline void PrintTo(const RouteCase& c, std::ostream* os) {
+  *os << c.name << ": " << c.path;
 }
 
 }  // namespace qvk::emulator::testing

@@ -9,6 +9,8 @@
 namespace qvk::emulator::testing {
 namespace {
 
+using testing::PrintTo;
+
 const std::string kContact = std::to_string(SampleData::kContactFormId);
 const std::string kBug = std::to_string(SampleData::kBugFormId);
 const std::string kInactive = std::to_string(SampleData::kInactiveFormId);
@@ -28,8 +30,8 @@ TEST_P(TicketForms, ShowManyAnswers) {
   auto a = get("/api/v2/ticket_forms/show_many.json" + c.query, demoToken());
   ASSERT_EQ(a.status, c.status) << a.body;
   if (c.status != 200) return;
-  EXPECT_EQ(sizeOf(at(a.json, "ticket_forms")), c.forms);
-  EXPECT_EQ(sizeOf(at(a.json, "ticket_fields")), c.fields);
+  EXPECT_EQ(sizeOf(at(a.json, "/ticket_forms")), c.forms);
+  EXPECT_EQ(sizeOf(at(a.json, "/ticket_fields")), c.fields);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -52,7 +54,7 @@ TEST_F(EmulatorTest, TicketFieldsCoverEveryTypeAndPattern) {
                demoToken());
   std::set<std::string> types;
   std::set<std::string> patterns;
-  for (const auto& f : at(a.json, "ticket_fields").as_array()) {
+  for (const auto& f : at(a.json, "/ticket_fields").as_array()) {
     types.emplace(f.at("type").as_string());
     const auto& regexp = f.at("regexp_for_validation");
     if (regexp.is_string()) patterns.emplace(regexp.as_string());
@@ -70,7 +72,7 @@ TEST_F(EmulatorTest, TicketFieldsCoverEveryTypeAndPattern) {
   EXPECT_TRUE(patterns.count(R"(^[A-Z]{3}-\d{4,6}$)"));
   EXPECT_TRUE(patterns.count(R"(^{[A-Z]+}-\d{3}$)"));
   // The form lists its fields in its own order.
-  EXPECT_EQ(at(a.json, "ticket_forms", 1, "ticket_field_ids", 11), 360000050007);
+  EXPECT_EQ(at(a.json, "/ticket_forms/1/ticket_field_ids/11"), 360000050007);
 }
 
 }  // namespace

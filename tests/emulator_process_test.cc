@@ -21,6 +21,7 @@ TEST(EmulatorProcess, StartsOnAFreePortAnswersControlsAndStopsOnSigterm) {
   ASSERT_TRUE(status.has_value());
   // A clean stop: the emulator handles SIGTERM and exits normally.
   EXPECT_TRUE(WIFEXITED(*status)) << *status;
+  EXPECT_EQ(WEXITSTATUS(*status), 0);
   EXPECT_FALSE(emulator.running());
   EXPECT_EQ(emulator.get("health").status, 0);
 }

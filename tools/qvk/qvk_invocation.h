@@ -6,14 +6,13 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -30,7 +29,7 @@ struct InvocationResult {
 // One run of `binary` with `args`, without the QVK_* variables of the test's
 // own environment. Standard input is a pipe that stays open until finish(),
 // so that a test can write a line, watch what the child does, and write the
-// next. Output goes through temporary files, so a chatty child never blocks.
+// next. Output goes to in-memory files, so a chatty child never blocks.
 class QvkInvocation {
  public:
   static constexpr std::chrono::seconds kTimeLimit{60};
@@ -55,8 +54,8 @@ class QvkInvocation {
     pid_ = fork();
     if (pid_ == 0) {
       dup2(input[0], STDIN_FILENO);
-      redirect(out_.path, STDOUT_FILENO);
-      redirect(err_.path, STDERR_FILENO);
+      dup2(out_, STDOUT_FILENO);
+      dup2(err_, STDERR_FILENO);
       execve(argv[0], argv.data(), envp.data());
       _exit(127);
     }
@@ -66,6 +65,8 @@ class QvkInvocation {
 
   ~QvkInvocation() {
     if (pid_ > 0 && status_ == kRunning) finish(std::chrono::seconds(0));
+    close(out_);
+    close(err_);
   }
 
   QvkInvocation(const QvkInvocation&) = delete;
@@ -86,40 +87,19 @@ class QvkInvocation {
     if (inputFd_ >= 0) close(inputFd_);
     inputFd_ = -1;
     if (pid_ > 0 && status_ == kRunning) status_ = waitBounded(pid_, timeout);
-    return {pid_ > 0 ? status_ : -1, read(out_.path), read(err_.path)};
+    return {pid_ > 0 ? status_ : -1, contents(out_), contents(err_)};
   }
 
   // Runs the binary to its end with `input` on standard input.
   static InvocationResult run(const std::string& binary, const std::vector<std::string>& args,
-                              const std::string& input = "",
-                              std::chrono::seconds timeout = kTimeLimit) {
+                              const std::string& input = "") {
     QvkInvocation invocation(binary, args);
     invocation.write(input);
-    return invocation.finish(timeout);
+    return invocation.finish();
   }
 
  private:
   static constexpr int kRunning = -2;
-
-  struct TempFile {
-    explicit TempFile(const char* tag) {
-      std::string pattern = std::string("/tmp/qvk-test-") + tag + "-XXXXXX";
-      int fd = mkstemp(pattern.data());
-      if (fd >= 0) close(fd);
-      path = pattern;
-    }
-    ~TempFile() { unlink(path.c_str()); }
-    TempFile(const TempFile&) = delete;
-    TempFile& operator=(const TempFile&) = delete;
-    std::string path;
-  };
-
-  static void redirect(const std::string& path, int target) {
-    int fd = open(path.c_str(), O_WRONLY | O_TRUNC);
-    if (fd < 0) _exit(126);
-    dup2(fd, target);
-    close(fd);
-  }
 
   static int waitBounded(pid_t pid, std::chrono::seconds timeout) {
     auto deadline = std::chrono::steady_clock::now() + timeout;
@@ -135,13 +115,18 @@ class QvkInvocation {
     return -1;
   }
 
-  static std::string read(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  static std::string contents(int fd) {
+    std::string text;
+    char buffer[4096];
+    off_t offset = 0;
+    for (ssize_t n; (n = pread(fd, buffer, sizeof buffer, offset)) > 0; offset += n) {
+      text.append(buffer, static_cast<std::size_t>(n));
+    }
+    return text;
   }
 
-  TempFile out_{"out"};
-  TempFile err_{"err"};
+  int out_ = memfd_create("qvk-out", MFD_CLOEXEC);
+  int err_ = memfd_create("qvk-err", MFD_CLOEXEC);
   int inputFd_ = -1;
   pid_t pid_ = -1;
   int status_ = kRunning;
