@@ -132,15 +132,5 @@ TEST(SettingsRecordsTest, EmptyTagListAndIntegralDoubleSize) {
   EXPECT_EQ(s->attachmentSettings().maxAttachmentSize(), 2048);
 }
 
-TEST(SettingsRecordsTest, CodingKeysKnowOnlyTheirOwnNames) {
-  EXPECT_EQ(HelpCenterSettings::kCodingKeys.fromString("help_center"),
-            HelpCenterSettings::Key::helpCenter);
-  EXPECT_EQ(HelpCenterSettings::kCodingKeys.fromString("support"),
-            HelpCenterSettings::Key::support);
-  EXPECT_FALSE(HelpCenterSettings::kCodingKeys.fromString("conversations").has_value());
-  EXPECT_EQ(SupportSettings::kCodingKeys.stringValue(SupportSettings::Key::referrerUrl),
-            "referrer_url");
-}
-
 }  // namespace
 }  // namespace velmaro
