@@ -16,8 +16,8 @@ namespace velmaro {
 
 // The Help Center's listing operations: categories, sections and articles,
 // whole lists and single records. Each validates its arguments and hands one
-// request description to the shared send path. They take the context by
-// value-like reference and keep nothing of the provider.
+// request description to the shared send path; what stays in flight holds a
+// copy of the context, never the provider.
 class HelpCenterListOperations {
  public:
   using Context = QVKHelpCenterProviderContext;
