@@ -31,24 +31,6 @@ class ProviderContext {
   ProviderContext(std::shared_ptr<quorvel::Quorvel> core, const void* sender)
       : core_(std::move(core)), sender_(sender) {}
 
-  const std::shared_ptr<quorvel::Quorvel>& core() const { return core_; }
-  const void* sender() const { return sender_; }
-
-  // Fetched anew at each use: the shared dispatcher follows the last core
-  // object handed to it.
-  std::shared_ptr<QVKAPIDispatcher> dispatcher() const;
-  // The base URL string with `path` appended as it is (no separator added);
-  // nothing when the joined text is not a valid URL.
-  std::optional<quorvel::platform::Url> urlFromString(std::string_view path) const;
-  quorvel::platform::URLRequest baseRequestWithURL(std::string_view path,
-                                                   std::string httpMethod) const;
-  quorvel::platform::URLRequest baseRequest(std::string_view path) const {
-    return baseRequestWithURL(path, "GET");
-  }
-  void executeRequestNoBlock(quorvel::platform::URLRequest request,
-                             QVKAPIDispatcher::OnSuccess onSuccess,
-                             QVKAPIDispatcher::OnError onError) const;
-
   // The one send path: posts the starting notification, sends the request and
   // answers `cb` with what `request.parse` makes of the answer, then posts the
   // success notification; a failure is answered and posts the failure
@@ -78,6 +60,17 @@ class ProviderContext {
                                             std::optional<Error> error = std::nullopt) const;
 
  private:
+  // Fetched anew at each use: the shared dispatcher follows the last core
+  // object handed to it.
+  std::shared_ptr<QVKAPIDispatcher> dispatcher() const;
+  // The base URL string with `path` appended as it is (no separator added);
+  // nothing when the joined text is not a valid URL.
+  std::optional<quorvel::platform::Url> urlFromString(std::string_view path) const;
+  quorvel::platform::URLRequest baseRequestWithURL(std::string_view path,
+                                                   std::string httpMethod) const;
+  void executeRequestNoBlock(quorvel::platform::URLRequest request,
+                             QVKAPIDispatcher::OnSuccess onSuccess,
+                             QVKAPIDispatcher::OnError onError) const;
   // Logs the failed validation; the error to answer when there is one.
   std::optional<Error> validationFailure(const VariableBindings& bindings,
                                          std::string_view operation) const;

@@ -21,7 +21,7 @@ namespace velmaro {
 class HelpCenterListOperations {
  public:
   using Context = QVKHelpCenterProviderContext;
-  using Labels = std::optional<std::vector<std::string>>;
+  using Labels = Context::Labels;
 
   static void categories(const Context& ctx, const std::string& locale,
                          QVKHelpCenterCallback<QVKHelpCenterCategory> cb);

@@ -20,7 +20,7 @@ namespace velmaro {
 class HelpCenterSearchOperations {
  public:
   using Context = QVKHelpCenterProviderContext;
-  using Labels = std::optional<std::vector<std::string>>;
+  using Labels = Context::Labels;
 
   // Adds the side-loads to the caller's object on every call.
   static void search(const Context& ctx, const std::string& locale,

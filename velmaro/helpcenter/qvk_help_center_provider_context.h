@@ -21,6 +21,8 @@ class QVKHelpCenterProviderContext : public ProviderContext {
  public:
   using LocaleContinuation = std::function<void(std::optional<std::string>)>;
   using VotingContinuation = std::function<void(std::optional<Error>)>;
+  // Article labels; absent fails validation.
+  using Labels = std::optional<std::vector<std::string>>;
 
   // The names of the three callback kinds, as the absent-callback warning
   // gives them.
