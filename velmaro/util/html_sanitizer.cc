@@ -1,4 +1,4 @@
-#include "velmaro/helpcenter/html_sanitizer.h"
+#include "velmaro/util/html_sanitizer.h"
 
 #include <vector>
 

@@ -1,5 +1,5 @@
 // Article HTML clean-up and article titles as plain text.
-#include "velmaro/helpcenter/html_sanitizer.h"
+#include "velmaro/util/html_sanitizer.h"
 
 #include <string>
 #include <vector>
