@@ -1,0 +1,40 @@
+#include "velmaro/requests/custom_field.h"
+
+#include "quorvel/core_logger.h"
+#include "velmaro/util/json_value_conversion.h"
+
+namespace velmaro {
+
+CustomField::CustomField(std::int64_t fieldId, std::optional<boost::json::value> value)
+    : fieldId_(fieldId) {
+  setValue(std::move(value));
+}
+
+void CustomField::setValue(std::optional<boost::json::value> value) {
+  if (value && value->is_null()) value.reset();
+  value_ = std::move(value);
+}
+
+CustomField CustomField::initWithFieldId(const boost::json::value& fieldId,
+                                         std::optional<boost::json::value> value) {
+  return {JsonValueConversion::number(&fieldId).value_or(0), std::move(value)};
+}
+
+CustomField CustomField::initWithDictionary(const boost::json::object& json) {
+  const auto* id = json.if_contains("id");
+  std::int64_t fieldId = 0;
+  if (id != nullptr && id->is_number()) {
+    fieldId = JsonValueConversion::number(id).value_or(0);
+  } else {
+    quorvel::CoreLogger::warn(kIdNotInt64Warning);
+  }
+  std::optional<boost::json::value> value;
+  if (const auto* v = json.if_contains("value")) value = *v;
+  return {fieldId, std::move(value)};
+}
+
+boost::json::object CustomField::customFieldDictionary() const {
+  return {{"id", fieldId_}, {"value", value_ ? *value_ : boost::json::value(nullptr)}};
+}
+
+}  // namespace velmaro
