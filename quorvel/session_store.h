@@ -28,6 +28,16 @@ class SessionStore {
   std::optional<boost::json::value> value(std::string_view key) const;
   bool remove(std::string_view key);
   std::vector<std::string> keys() const;
+
+  // The value on disk now, as another process may have written it.
+  std::optional<boost::json::value> currentValue(std::string_view key) {
+    return store_.currentValue(key);
+  }
+  // One atomic read-modify-write of `key`, also between processes sharing
+  // the data folder (platform::JsonKeyValueStore::update).
+  bool update(std::string_view key, const platform::JsonKeyValueStore::Change& change) {
+    return store_.update(key, change);
+  }
   // Removes every key except those in `keep`.
   void removeAllExcept(const std::vector<std::string>& keep);
 

@@ -14,6 +14,7 @@ JsonKeyValueStore::JsonKeyValueStore(std::filesystem::path file, std::string_vie
                              "ON CONFLICT(key) DO UPDATE SET value = excluded.value",
                              table)),
       deleteSql_(fmt::format("DELETE FROM \"{}\" WHERE key = ?1", table)),
+      selectSql_(fmt::format("SELECT value FROM \"{}\" WHERE key = ?1", table)),
       db_(std::move(file),
           fmt::format(
               "CREATE TABLE IF NOT EXISTS \"{}\" (key TEXT PRIMARY KEY, value TEXT NOT NULL)",
@@ -36,8 +37,52 @@ bool JsonKeyValueStore::writeRow(std::string_view key, const std::string* json) 
                             json != nullptr ? upsertSql_.c_str() : deleteSql_.c_str());
   statement.bind(1, key);
   if (json != nullptr) statement.bind(2, *json);
-  // In memory the row is written too, but nothing is stored.
-  return statement.run() && db_.persistent();
+  return statement.run();
+}
+
+std::optional<boost::json::value> JsonKeyValueStore::readRow(std::string_view key) const {
+  SqliteStatement select(db_.handle(), selectSql_.c_str());
+  select.bind(1, key);
+  if (!select.step()) return std::nullopt;
+  boost::system::error_code ec;
+  auto parsed = boost::json::parse(select.text(0), ec);
+  if (ec) return std::nullopt;
+  return parsed;
+}
+
+std::optional<boost::json::value> JsonKeyValueStore::currentValue(std::string_view key) {
+  std::lock_guard lock(mutex_);
+  auto current = readRow(key);
+  if (current) {
+    values_.insert_or_assign(std::string(key), *current);
+  } else if (const auto it = values_.find(key); it != values_.end()) {
+    values_.erase(it);
+  }
+  return current;
+}
+
+bool JsonKeyValueStore::update(std::string_view key, const Change& change) {
+  std::lock_guard lock(mutex_);
+  // IMMEDIATE takes the write lock now, so no other writer can change the
+  // value between the read and the write.
+  if (!db_.execute("BEGIN IMMEDIATE")) {
+    db_.report(fmt::format("Cannot lock {} to update {}", db_.path().string(), key));
+    return false;
+  }
+  if (!applyChange(key, change)) {
+    db_.report(fmt::format("Cannot write {} in {}", key, db_.path().string()));
+    db_.execute("ROLLBACK");
+    return false;
+  }
+  return db_.persistent();
+}
+
+bool JsonKeyValueStore::applyChange(std::string_view key, const Change& change) {
+  auto next = change(readRow(key));
+  const std::string json = boost::json::serialize(next);
+  if (!writeRow(key, &json) || !db_.execute("COMMIT")) return false;
+  values_.insert_or_assign(std::string(key), std::move(next));
+  return true;
 }
 
 std::optional<boost::json::value> JsonKeyValueStore::value(std::string_view key) const {
@@ -53,13 +98,14 @@ bool JsonKeyValueStore::set(std::string_view key, const boost::json::value& valu
   const std::string json = boost::json::serialize(value);
   std::lock_guard lock(mutex_);
   values_.insert_or_assign(std::string(key), value);
-  return writeRow(key, &json);
+  // In memory the row is written too, but nothing is stored.
+  return writeRow(key, &json) && db_.persistent();
 }
 
 bool JsonKeyValueStore::remove(std::string_view key) {
   std::lock_guard lock(mutex_);
   if (const auto it = values_.find(key); it != values_.end()) values_.erase(it);
-  return writeRow(key, nullptr);
+  return writeRow(key, nullptr) && db_.persistent();
 }
 
 std::vector<std::string> JsonKeyValueStore::keys() const {

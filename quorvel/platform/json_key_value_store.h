@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -35,6 +36,22 @@ class JsonKeyValueStore {
   bool set(std::string_view key, const boost::json::value& value);
   bool remove(std::string_view key);
   std::vector<std::string> keys() const;
+
+  // The value as the file holds it now, whoever wrote it (another store on
+  // the same file, another process); this store's memory is refreshed with it.
+  std::optional<boost::json::value> currentValue(std::string_view key);
+  // One read-modify-write of `key` that no other writer of the file can
+  // interleave with, in this process or another: the write lock is taken
+  // before the value is read, `change` gets the value on disk (nothing when
+  // the key is missing) and returns the value to store. A process killed
+  // at any moment leaves the old or the new value. False, with the file and
+  // memory unchanged and the reason logged, when the change cannot be
+  // written (full disk, read-only file, the lock not had within the busy
+  // time-out); in memory-only mode the change is kept for this process and
+  // the answer is false, as for set(). `change` runs under the store's lock:
+  // it must not call the store.
+  using Change = std::function<boost::json::value(std::optional<boost::json::value> current)>;
+  bool update(std::string_view key, const Change& change);
   // Writes the log into the main database file.
   bool synchronize();
 
@@ -43,10 +60,14 @@ class JsonKeyValueStore {
 
  private:
   void load(std::string_view table);
+  // True when the statement ran; callers add whether the file is persistent.
   bool writeRow(std::string_view key, const std::string* json);
+  std::optional<boost::json::value> readRow(std::string_view key) const;
+  bool applyChange(std::string_view key, const Change& change);
 
   const std::string upsertSql_;
   const std::string deleteSql_;
+  const std::string selectSql_;
   mutable std::mutex mutex_;
   SqliteDatabase db_;
   std::map<std::string, boost::json::value, std::less<>> values_;

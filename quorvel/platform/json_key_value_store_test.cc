@@ -9,6 +9,8 @@
 
 #include <boost/json.hpp>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 
 namespace quorvel::platform {
 namespace {
@@ -73,6 +75,47 @@ TEST_F(JsonKeyValueStoreTest, WithoutAFileValuesStayInMemoryAndWritesSaySo) {
   EXPECT_FALSE(store.remove("k"));
   EXPECT_FALSE(store.value("k").has_value());
   EXPECT_FALSE(store.synchronize());
+}
+
+TEST_F(JsonKeyValueStoreTest, AnUpdateSeesAnotherConnectionsWrite) {
+  auto first = open(file_);
+  auto second = open(file_);
+  ASSERT_TRUE(first.set("n", 1));
+  EXPECT_EQ(second.currentValue("n"), boost::json::value(1));
+  ASSERT_TRUE(second.update("n", [](auto current) { return current->as_int64() + 1; }));
+  EXPECT_EQ(first.currentValue("n"), boost::json::value(2));
+  EXPECT_EQ(first.value("n"), boost::json::value(2));
+}
+
+// A file that cannot grow (the file-size limit stands in for a full disk):
+// the update fails, says why, and leaves the old value on disk and in memory.
+TEST_F(JsonKeyValueStoreTest, AnUpdateThatCannotBeWrittenChangesNothing) {
+  std::vector<std::string> problems;
+  JsonKeyValueStore store(file_, "values",
+                          [&](std::string_view line) { problems.emplace_back(line); });
+  ASSERT_TRUE(store.set("big", "small"));
+  boost::json::object big;
+  for (int i = 0; i < 2000; ++i) big[std::to_string(i)] = std::string(50, 'x');
+
+  rlimit saved{};
+  getrlimit(RLIMIT_FSIZE, &saved);
+  const auto oldHandler = signal(SIGXFSZ, SIG_IGN);
+  std::uintmax_t largest = 0;
+  for (const auto& entry : fs::directory_iterator(dir_))
+    largest = std::max(largest, entry.file_size());
+  rlimit limited = saved;
+  limited.rlim_cur = largest;
+  setrlimit(RLIMIT_FSIZE, &limited);
+  const bool updated = store.update("big", [&](auto) { return big; });
+  setrlimit(RLIMIT_FSIZE, &saved);
+  signal(SIGXFSZ, oldHandler);
+
+  EXPECT_FALSE(updated);
+  ASSERT_FALSE(problems.empty());
+  EXPECT_NE(problems.back().find("Cannot write big in "), std::string::npos) << problems.back();
+  EXPECT_EQ(store.value("big"), boost::json::value("small"));
+  EXPECT_EQ(open(file_).value("big"), boost::json::value("small"));
+  EXPECT_TRUE(store.update("big", [&](auto) { return big; }));
 }
 
 }  // namespace

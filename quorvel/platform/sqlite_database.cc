@@ -87,6 +87,11 @@ bool SqliteDatabase::execute(const char* sql) {
   return db_ != nullptr && sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
+void SqliteDatabase::report(std::string_view what) const {
+  if (!problems_) return;
+  problems_(fmt::format("{}: {}", what, db_ != nullptr ? sqlite3_errmsg(db_) : "not open"));
+}
+
 bool SqliteDatabase::checkpoint() {
   return persistent_ && sqlite3_wal_checkpoint_v2(db_, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr,
                                                   nullptr) == SQLITE_OK;

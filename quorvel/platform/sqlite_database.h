@@ -34,6 +34,9 @@ class SqliteDatabase {
   const std::filesystem::path& path() const { return path_; }
 
   bool execute(const char* sql);
+  // Tells the owner's problem log `what`, with SQLite's reason for the last
+  // failure on this connection.
+  void report(std::string_view what) const;
   // Copies the write-ahead log into the database file; false in memory.
   bool checkpoint();
 
