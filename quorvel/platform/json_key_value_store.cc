@@ -2,6 +2,7 @@
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
+#include <boost/json/serializer.hpp>
 #include <fmt/format.h>
 
 #include "quorvel/platform/sqlite_statement.h"
@@ -14,17 +15,18 @@ JsonKeyValueStore::JsonKeyValueStore(std::filesystem::path file, std::string_vie
                              "ON CONFLICT(key) DO UPDATE SET value = excluded.value",
                              table)),
       deleteSql_(fmt::format("DELETE FROM \"{}\" WHERE key = ?1", table)),
-      selectSql_(fmt::format("SELECT value FROM \"{}\" WHERE key = ?1", table)),
+      selectAllSql_(fmt::format("SELECT key, value FROM \"{}\"", table)),
       db_(std::move(file),
           fmt::format(
               "CREATE TABLE IF NOT EXISTS \"{}\" (key TEXT PRIMARY KEY, value TEXT NOT NULL)",
               table),
           std::move(problems)) {
-  load(table);
+  load();
 }
 
-void JsonKeyValueStore::load(std::string_view table) {
-  SqliteStatement select(db_.handle(), fmt::format("SELECT key, value FROM \"{}\"", table).c_str());
+void JsonKeyValueStore::load() {
+  seenVersion_ = dataVersion();
+  SqliteStatement select(db_.handle(), selectAllSql_.c_str());
   while (select.step()) {
     boost::system::error_code ec;
     auto parsed = boost::json::parse(select.text(1), ec);
@@ -32,33 +34,54 @@ void JsonKeyValueStore::load(std::string_view table) {
   }
 }
 
+void JsonKeyValueStore::serialize(const boost::json::value& value) {
+  // Into a buffer kept between writes: a large value (the request store's
+  // dictionary) then costs no fresh allocation and page faults per write.
+  scratch_.clear();
+  boost::json::serializer serializer;
+  serializer.reset(&value);
+  char chunk[16384];
+  while (!serializer.done()) scratch_.append(serializer.read(chunk, sizeof chunk));
+}
+
+bool JsonKeyValueStore::written(bool statementRan) {
+  // Memory now differs from the file: the next read of the file reloads.
+  if (!statementRan) seenVersion_ = -1;
+  // In memory the row is written too, but nothing is stored.
+  return statementRan && db_.persistent();
+}
+
 bool JsonKeyValueStore::writeRow(std::string_view key, const std::string* json) {
   SqliteStatement statement(db_.handle(),
                             json != nullptr ? upsertSql_.c_str() : deleteSql_.c_str());
   statement.bind(1, key);
-  if (json != nullptr) statement.bind(2, *json);
+  if (json != nullptr) statement.bindUnowned(2, *json);
   return statement.run();
 }
 
-std::optional<boost::json::value> JsonKeyValueStore::readRow(std::string_view key) const {
-  SqliteStatement select(db_.handle(), selectSql_.c_str());
-  select.bind(1, key);
-  if (!select.step()) return std::nullopt;
-  boost::system::error_code ec;
-  auto parsed = boost::json::parse(select.text(0), ec);
-  if (ec) return std::nullopt;
-  return parsed;
+std::int64_t JsonKeyValueStore::dataVersion() const {
+  SqliteStatement version(db_.handle(), "PRAGMA data_version");
+  return version.step() ? version.integer(0) : -1;
+}
+
+void JsonKeyValueStore::refreshIfChanged() {
+  // data_version moves when another connection (another store on the file,
+  // another process) commits; this connection's own writes are in memory.
+  if (dataVersion() == seenVersion_ && seenVersion_ != -1) return;
+  values_.clear();
+  load();
+}
+
+std::optional<boost::json::value> JsonKeyValueStore::memoryValue(std::string_view key) const {
+  const auto it = values_.find(key);
+  if (it == values_.end()) return std::nullopt;
+  return it->second;
 }
 
 std::optional<boost::json::value> JsonKeyValueStore::currentValue(std::string_view key) {
   std::lock_guard lock(mutex_);
-  auto current = readRow(key);
-  if (current) {
-    values_.insert_or_assign(std::string(key), *current);
-  } else if (const auto it = values_.find(key); it != values_.end()) {
-    values_.erase(it);
-  }
-  return current;
+  refreshIfChanged();
+  return memoryValue(key);
 }
 
 bool JsonKeyValueStore::update(std::string_view key, const Change& change) {
@@ -78,18 +101,17 @@ bool JsonKeyValueStore::update(std::string_view key, const Change& change) {
 }
 
 bool JsonKeyValueStore::applyChange(std::string_view key, const Change& change) {
-  auto next = change(readRow(key));
-  const std::string json = boost::json::serialize(next);
-  if (!writeRow(key, &json) || !db_.execute("COMMIT")) return false;
+  refreshIfChanged();
+  auto next = change(memoryValue(key));
+  serialize(next);
+  if (!writeRow(key, &scratch_) || !db_.execute("COMMIT")) return false;
   values_.insert_or_assign(std::string(key), std::move(next));
   return true;
 }
 
 std::optional<boost::json::value> JsonKeyValueStore::value(std::string_view key) const {
   std::lock_guard lock(mutex_);
-  const auto it = values_.find(key);
-  if (it == values_.end()) return std::nullopt;
-  return it->second;
+  return memoryValue(key);
 }
 
 bool JsonKeyValueStore::set(std::string_view key, const boost::json::value& value) {
@@ -98,14 +120,13 @@ bool JsonKeyValueStore::set(std::string_view key, const boost::json::value& valu
   const std::string json = boost::json::serialize(value);
   std::lock_guard lock(mutex_);
   values_.insert_or_assign(std::string(key), value);
-  // In memory the row is written too, but nothing is stored.
-  return writeRow(key, &json) && db_.persistent();
+  return written(writeRow(key, &json));
 }
 
 bool JsonKeyValueStore::remove(std::string_view key) {
   std::lock_guard lock(mutex_);
   if (const auto it = values_.find(key); it != values_.end()) values_.erase(it);
-  return writeRow(key, nullptr) && db_.persistent();
+  return written(writeRow(key, nullptr));
 }
 
 std::vector<std::string> JsonKeyValueStore::keys() const {

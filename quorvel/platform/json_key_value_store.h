@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -59,18 +60,26 @@ class JsonKeyValueStore {
   const std::filesystem::path& path() const { return db_.path(); }
 
  private:
-  void load(std::string_view table);
+  // The whole table into memory.
+  void load();
+  std::int64_t dataVersion() const;
+  void refreshIfChanged();
+  std::optional<boost::json::value> memoryValue(std::string_view key) const;
   // True when the statement ran; callers add whether the file is persistent.
   bool writeRow(std::string_view key, const std::string* json);
-  std::optional<boost::json::value> readRow(std::string_view key) const;
+  bool written(bool statementRan);
+  void serialize(const boost::json::value& value);
   bool applyChange(std::string_view key, const Change& change);
 
   const std::string upsertSql_;
   const std::string deleteSql_;
-  const std::string selectSql_;
+  const std::string selectAllSql_;
   mutable std::mutex mutex_;
   SqliteDatabase db_;
   std::map<std::string, boost::json::value, std::less<>> values_;
+  // The file's data_version when memory last matched it; -1: unknown.
+  std::int64_t seenVersion_ = -1;
+  std::string scratch_;  // the last value serialised for writing
 };
 
 }  // namespace quorvel::platform

@@ -21,6 +21,12 @@ void SqliteStatement::bind(int index, std::string_view text) {
   }
 }
 
+void SqliteStatement::bindUnowned(int index, std::string_view text) {
+  if (stmt_ != nullptr) {
+    sqlite3_bind_text(stmt_, index, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
+  }
+}
+
 void SqliteStatement::bindBlob(int index, std::string_view bytes) {
   if (stmt_ != nullptr) {
     sqlite3_bind_blob(stmt_, index, bytes.data(), static_cast<int>(bytes.size()), SQLITE_TRANSIENT);

@@ -22,6 +22,8 @@ class SqliteStatement {
   bool valid() const { return stmt_ != nullptr; }
 
   void bind(int index, std::string_view text);
+  // Without a copy: `text` must stay unchanged until the statement has run.
+  void bindUnowned(int index, std::string_view text);
   void bindBlob(int index, std::string_view bytes);
   void bind(int index, std::int64_t number);
   void bind(int index, double number);

@@ -15,9 +15,9 @@ namespace {
 
 // The dictionary under `value`, or an empty one when there is none or it is
 // of another kind.
-boost::json::object dictionaryOf(const std::optional<boost::json::value>& value) {
+boost::json::object dictionaryOf(std::optional<boost::json::value>&& value) {
   if (!value || !value->is_object()) return {};
-  return value->get_object();
+  return std::move(value->get_object());
 }
 
 // An entry's counters: only a dictionary whose values are all integers is a
@@ -83,7 +83,7 @@ std::optional<RequestForStorage> RequestStorage::getRequestForId(std::string_vie
 
 bool RequestStorage::mergeEntries(const std::vector<RequestForStorage>& requests) {
   return sessionStore_->update(kRequestStorageKey, [&](std::optional<boost::json::value> current) {
-    auto stored = dictionaryOf(current);
+    auto stored = dictionaryOf(std::move(current));
     for (const auto& request : requests) stored[request.requestId()] = entryOf(request);
     return boost::json::value(std::move(stored));
   });
