@@ -1,4 +1,4 @@
-// Article HTML clean-up and article titles as plain text.
+// HTML clean-up: closing the void elements of article and comment HTML.
 #include "velmaro/util/html_sanitizer.h"
 
 #include <string>
