@@ -37,8 +37,14 @@ std::string base64(const char* data, uint64_t length) {
 boost::json::value toJson(plist_t node);
 
 boost::json::value stringToJson(plist_t node) {
+  uint64_t length = 0;
+  const char* value = plist_get_string_ptr(node, &length);
+  return boost::json::string(value != nullptr ? std::string_view(value, length) : "");
+}
+
+boost::json::value keyToJson(plist_t node) {
   char* value = nullptr;
-  plist_get_string_val(node, &value);
+  plist_get_key_val(node, &value);
   boost::json::value out = boost::json::string(value ? value : "");
   free(value);
   return out;
@@ -96,8 +102,9 @@ boost::json::value toJson(plist_t node) {
       return value;
     }
     case PLIST_STRING:
-    case PLIST_KEY:
       return stringToJson(node);
+    case PLIST_KEY:
+      return keyToJson(node);
     case PLIST_DATE: {
       int32_t seconds = 0;
       int32_t micros = 0;
@@ -137,8 +144,14 @@ bool tooManyContainers(std::string_view xml) {
 
 std::optional<boost::json::value> PropertyList::parse(std::string_view bytes) {
   if (bytes.empty() || bytes.size() > std::numeric_limits<uint32_t>::max()) return std::nullopt;
-  // Whatever is not binary goes to libplist's XML reader.
-  if (!bytes.starts_with("bplist") && tooManyContainers(bytes)) return std::nullopt;
+  // Whatever is not binary goes to libplist's XML reader. XML has no NUL
+  // character, so its text ends at the first NUL byte (a provisioning
+  // profile's signature follows its XML); libplist would abort on a string or
+  // key with a NUL inside (its getters assert that the length is strlen's).
+  if (!bytes.starts_with("bplist")) {
+    bytes = bytes.substr(0, bytes.find('\0'));
+    if (bytes.empty() || tooManyContainers(bytes)) return std::nullopt;
+  }
   plist_t root = nullptr;
   plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
   if (root == nullptr) return std::nullopt;

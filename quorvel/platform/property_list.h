@@ -21,7 +21,7 @@ class PropertyList {
   static constexpr std::size_t kMaxXmlContainers = 4096;
 
   // The document's root value, or nothing for bytes that are not a property
-  // list (or XML with too many containers).
+  // list (or XML with too many containers). XML ends at its first NUL byte.
   static std::optional<boost::json::value> parse(std::string_view bytes);
 };
 
