@@ -9,12 +9,26 @@ if(VELMARO_SANITIZE)
   endif()
 endif()
 
+# Every translation unit gets libFuzzer's coverage hooks; only the fuzz
+# programs link libFuzzer itself (fuzz/CMakeLists.txt).
+if(VELMARO_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "VELMARO_FUZZ needs clang (the fuzz preset sets it)")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # Warnings for our own code only (third-party headers are included as system
 # headers by their imported targets).
 function(velmaro_warnings target)
   target_compile_options(${target} PRIVATE
-    -Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor
+    -Wall -Wextra -Wpedantic -Wnon-virtual-dtor
     -Woverloaded-virtual -Wimplicit-fallthrough -Wformat=2)
+  # Only g++ has the local-only form of -Wshadow; clang's -Wshadow also
+  # reports locals that hide names of the enclosing namespaces.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -Wshadow=local)
+  endif()
   # g++ 12 at -O2 reports -Wrestrict inside libstdc++'s own std::string
   # concatenation (GCC bug 105329), a false positive in code that is correct.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)

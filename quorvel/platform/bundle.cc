@@ -6,20 +6,14 @@
 #include <iterator>
 #include <sstream>
 
-#include <boost/json/array.hpp>
-#include <boost/json/string.hpp>
-#include <plist/plist.h>
-
 #include "quorvel/platform/device_info.h"
+#include "quorvel/platform/property_list.h"
 #include "quorvel/platform/strings_file.h"
 
 namespace quorvel::platform {
 namespace fs = std::filesystem;
 
 namespace {
-
-// Seconds between 1970-01-01 and 2001-01-01, the epoch of property-list dates.
-constexpr double kPlistEpochOffset = 978307200.0;
 
 struct Registry {
   std::mutex mutex;
@@ -41,105 +35,12 @@ std::optional<std::string> readFile(const fs::path& file) {
   return std::move(bytes).str();
 }
 
-std::string base64(const char* data, uint64_t length) {
-  static constexpr char kAlphabet[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string out;
-  for (uint64_t i = 0; i < length; i += 3) {
-    uint32_t chunk = static_cast<uint32_t>(static_cast<unsigned char>(data[i])) << 16;
-    if (i + 1 < length)
-      chunk |= static_cast<uint32_t>(static_cast<unsigned char>(data[i + 1])) << 8;
-    if (i + 2 < length) chunk |= static_cast<unsigned char>(data[i + 2]);
-    out += kAlphabet[(chunk >> 18) & 63];
-    out += kAlphabet[(chunk >> 12) & 63];
-    out += i + 1 < length ? kAlphabet[(chunk >> 6) & 63] : '=';
-    out += i + 2 < length ? kAlphabet[chunk & 63] : '=';
-  }
-  return out;
-}
-
-// Property-list values as JSON: dates become seconds since 1970 (double),
-// data becomes base64 text, UIDs become integers.
-boost::json::value toJson(plist_t node) {
-  switch (plist_get_node_type(node)) {
-    case PLIST_BOOLEAN: {
-      uint8_t value = 0;
-      plist_get_bool_val(node, &value);
-      return value != 0;
-    }
-    case PLIST_UINT: {
-      uint64_t value = 0;
-      plist_get_uint_val(node, &value);
-      // Negative integers are stored as their two's complement.
-      return static_cast<int64_t>(value);
-    }
-    case PLIST_REAL: {
-      double value = 0;
-      plist_get_real_val(node, &value);
-      return value;
-    }
-    case PLIST_STRING:
-    case PLIST_KEY: {
-      char* value = nullptr;
-      plist_get_string_val(node, &value);
-      boost::json::value out = boost::json::string(value ? value : "");
-      free(value);
-      return out;
-    }
-    case PLIST_DATE: {
-      int32_t seconds = 0;
-      int32_t micros = 0;
-      plist_get_date_val(node, &seconds, &micros);
-      return kPlistEpochOffset + seconds + micros / 1e6;
-    }
-    case PLIST_DATA: {
-      char* data = nullptr;
-      uint64_t length = 0;
-      plist_get_data_val(node, &data, &length);
-      boost::json::value out = boost::json::string(base64(data, length));
-      free(data);
-      return out;
-    }
-    case PLIST_UID: {
-      uint64_t value = 0;
-      plist_get_uid_val(node, &value);
-      return value;
-    }
-    case PLIST_ARRAY: {
-      boost::json::array out;
-      const uint32_t size = plist_array_get_size(node);
-      for (uint32_t i = 0; i < size; ++i) out.push_back(toJson(plist_array_get_item(node, i)));
-      return out;
-    }
-    case PLIST_DICT: {
-      boost::json::object out;
-      plist_dict_iter it = nullptr;
-      plist_dict_new_iter(node, &it);
-      for (;;) {
-        char* key = nullptr;
-        plist_t value = nullptr;
-        plist_dict_next_item(node, it, &key, &value);
-        if (key == nullptr) break;
-        out[key] = toJson(value);
-        free(key);
-      }
-      free(it);
-      return out;
-    }
-    default:
-      return nullptr;
-  }
-}
-
 boost::json::object readInfoDictionary(const fs::path& directory) {
   const auto bytes = readFile(directory / "Info.plist");
   if (!bytes || bytes->empty()) return {};
-  plist_t root = nullptr;
-  plist_from_memory(bytes->data(), static_cast<uint32_t>(bytes->size()), &root);
-  if (root == nullptr) return {};
-  auto json = toJson(root);
-  plist_free(root);
-  return json.is_object() ? std::move(json.as_object()) : boost::json::object{};
+  auto json = PropertyList::parse(*bytes);
+  if (!json || !json->is_object()) return {};
+  return std::move(json->as_object());
 }
 
 std::vector<fs::directory_entry> sortedEntries(const fs::path& directory) {

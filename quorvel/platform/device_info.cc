@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <mutex>
 #include <sstream>
 
@@ -23,10 +24,8 @@ std::optional<DeviceFacts>& overrideSlot() {
 DeviceFacts systemFacts() {
   DeviceFacts facts;
   utsname info{};
-  if (uname(&info) == 0) {
-    facts.osVersion = info.release;
-    facts.machine = info.machine;
-  }
+  if (uname(&info) == 0) facts.machine = info.machine;
+  facts.osVersion = DeviceInfo::systemVersion();
   facts.preferredLanguages = DeviceInfo::languagesFromEnvironment();
   return facts;
 }
@@ -61,6 +60,35 @@ std::optional<std::string> DeviceInfo::languageTag(const std::string& posixLocal
   if (name.empty() || name == "C" || name == "POSIX") return std::nullopt;
   std::replace(name.begin(), name.end(), '_', '-');
   return name;
+}
+
+std::optional<std::string> DeviceInfo::osReleaseVersion(std::string_view osRelease) {
+  constexpr std::string_view kKey = "VERSION_ID=";
+  std::string line;
+  std::istringstream lines{std::string(osRelease)};
+  while (std::getline(lines, line)) {
+    if (!line.starts_with(kKey)) continue;
+    std::string value = line.substr(kKey.size());
+    if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
+        value.back() == value.front()) {
+      value = value.substr(1, value.size() - 2);
+    }
+    if (value.empty()) return std::nullopt;
+    return value;
+  }
+  return std::nullopt;
+}
+
+std::string DeviceInfo::systemVersion() {
+  for (const char* file : {"/etc/os-release", "/usr/lib/os-release"}) {
+    std::ifstream in(file);
+    if (!in) continue;
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (auto version = osReleaseVersion(text.str())) return *version;
+  }
+  utsname info{};
+  return uname(&info) == 0 ? std::string(info.release) : std::string();
 }
 
 std::vector<std::string> DeviceInfo::languagesFromEnvironment() {

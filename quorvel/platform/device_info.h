@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvel::platform {
@@ -10,7 +11,7 @@ namespace quorvel::platform {
 // identifier, the user's preferred languages. Read from the running system;
 // tests replace them with setOverride().
 struct DeviceFacts {
-  std::string osVersion;                        // e.g. "6.1.0-18-amd64"
+  std::string osVersion;                        // e.g. "12"
   std::string machine;                          // e.g. "x86_64"
   std::vector<std::string> preferredLanguages;  // BCP-47, most preferred first
 };
@@ -31,6 +32,14 @@ class DeviceInfo {
   static std::vector<std::string> languagesFromEnvironment();
   // One POSIX locale name to a BCP-47 tag, or nothing for C/POSIX/empty.
   static std::optional<std::string> languageTag(const std::string& posixLocale);
+
+  // The system's version as a user would name it: VERSION_ID of os-release
+  // (/etc/os-release, else /usr/lib/os-release), as a phone names its OS
+  // release rather than its kernel's; the kernel release (uname) on systems
+  // without one.
+  static std::string systemVersion();
+  // VERSION_ID of an os-release text, unquoted; nothing when absent or empty.
+  static std::optional<std::string> osReleaseVersion(std::string_view osRelease);
 };
 
 }  // namespace quorvel::platform

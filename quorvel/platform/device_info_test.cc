@@ -14,6 +14,19 @@ TEST(DeviceInfoTest, PosixLocaleNamesBecomeLanguageTags) {
   for (const auto& [posix, tag] : cases) EXPECT_EQ(DeviceInfo::languageTag(posix), tag) << posix;
 }
 
+TEST(DeviceInfoTest, OsReleaseVersion) {
+  const std::pair<const char*, std::optional<std::string>> cases[] = {
+      {"NAME=\"Debian GNU/Linux\"\nVERSION_ID=\"12\"\nID=debian\n", "12"},
+      {"VERSION_ID=3.19.1", "3.19.1"},
+      {"VERSION_ID='22.04'", "22.04"},
+      {"VERSION_ID=\"\"", std::nullopt},
+      {"NAME=sid\nVERSION_CODENAME=trixie", std::nullopt},
+  };
+  for (const auto& [text, version] : cases) {
+    EXPECT_EQ(DeviceInfo::osReleaseVersion(text), version) << text;
+  }
+}
+
 // The override is the tests' own hook: every test that sets languages uses it.
 TEST(DeviceInfoTest, TheSystemAlwaysNamesAMachineAndALanguage) {
   const auto system = DeviceInfo::current();

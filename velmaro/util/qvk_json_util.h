@@ -51,13 +51,15 @@ class QVKJsonUtil {
   template <class T>
   static std::optional<T> convertJsonObject(const boost::json::object& json) {
     std::optional<T> result;
-    for (const auto& [key, value] : json) {
+    // An element, not a structured binding: clang 14 (the fuzz build) cannot
+    // capture a binding in a lambda.
+    for (const auto& entry : json) {
       bool named = false;
       boost::mp11::mp_for_each<Members<T>>([&](auto member) {
-        if (named || key != member.name) return;
+        if (named || entry.key() != member.name) return;
         named = true;
         if (!result) result.emplace();
-        assign((*result).*member.pointer, cleanJSONVal(&value));
+        assign((*result).*member.pointer, cleanJSONVal(&entry.value()));
       });
     }
     return result;
