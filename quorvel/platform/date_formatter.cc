@@ -133,6 +133,9 @@ std::optional<DateFormatter::TimePoint> DateFormatter::parse(std::string_view te
   icu::ParsePosition position(0);
   const UDate millis = impl_->format->parse(source, position);
   if (position.getErrorIndex() >= 0 || position.getIndex() != source.length()) return std::nullopt;
+  // A time point counts 64-bit nanoseconds (years 1678 to 2261); a date
+  // outside that is not a time the caller can hold.
+  if (!(millis > -9223372036000.0 && millis < 9223372036000.0)) return std::nullopt;
   const std::chrono::duration<double, std::milli> since1970(millis);
   return TimePoint(std::chrono::round<TimePoint::duration>(since1970));
 }

@@ -12,6 +12,11 @@ using quorvel::platform::DateFormatter;
 // The wire format is by far the most common: it is read and written without
 // ICU when the text has exactly its shape. Anything else (other digit counts,
 // out-of-range fields) goes to the formatter, so both paths agree.
+// Seconds since 1970 that a system_clock time point (64-bit nanoseconds) holds.
+bool fitsTimePoint(double seconds) {
+  return std::isfinite(seconds) && seconds > -9223372036.0 && seconds < 9223372036.0;
+}
+
 bool twoDigits(std::string_view text, std::size_t at, int& out) {
   const char a = text[at];
   const char b = text[at + 1];
@@ -34,7 +39,10 @@ std::optional<QVKDateUtil::TimePoint> parseWireFast(std::string_view text) {
   const year_month_day date{year{y1 * 100 + y2}, month{static_cast<unsigned>(mo)},
                             day{static_cast<unsigned>(d)}};
   if (!date.ok() || h > 23 || mi > 59 || s > 59) return std::nullopt;
-  return sys_days{date} + hours{h} + minutes{mi} + seconds{s};
+  const sys_seconds moment = sys_days{date} + hours{h} + minutes{mi} + seconds{s};
+  // A time point counts nanoseconds: years before 1678 or after 2261 do not fit.
+  if (!fitsTimePoint(static_cast<double>(moment.time_since_epoch().count()))) return std::nullopt;
+  return moment;
 }
 
 std::optional<std::string> formatWireFast(QVKDateUtil::TimePoint date) {
@@ -60,6 +68,7 @@ double QVKDateUtil::dateAsNumber(TimePoint date) {
 
 QVKDateUtil::TimePoint QVKDateUtil::dateFromNumber(double seconds) {
   if (!std::isfinite(seconds)) return TimePoint{};
+  if (!fitsTimePoint(seconds)) return seconds < 0 ? TimePoint::min() : TimePoint::max();
   return TimePoint{duration_cast<system_clock::duration>(duration<double>(seconds))};
 }
 

@@ -64,6 +64,11 @@ INSTANTIATE_TEST_SUITE_P(Texts, DateParseTest,
                                            ParseCase{"2017-03-01T10:20:30", std::nullopt},
                                            ParseCase{"2017-02-30T10:20:30Z", std::nullopt},
                                            ParseCase{"garbage", std::nullopt},
+                                           // The last second a time point holds, and
+                                           // years it cannot hold.
+                                           ParseCase{"2261-12-31T23:59:59Z", 9214646399},
+                                           ParseCase{"9807-03-01T10:20:30Z", std::nullopt},
+                                           ParseCase{"1600-01-01T00:00:00Z", std::nullopt},
                                            ParseCase{"", std::nullopt}));
 
 TEST(DateUtilTest, JsonValuesOtherThanStringsGiveNothing) {
