@@ -19,8 +19,9 @@ QVKTicketField QVKTicketField::initWithDictionary(const boost::json::object& jso
   field.fieldDescription = RawJson::at(json, "description");
   field.titleInPortal = RawJson::at(json, "title_in_portal");
   // A missing type, or one that is not text, is no word of the table.
-  const auto type = RawJson::string(RawJson::at(json, "type"));
-  field.type = type ? ticketTypeForString(*type) : QVKTicketFieldTypeUnknown;
+  const auto* type = json.if_contains("type");
+  field.type = (type != nullptr && type->is_string()) ? ticketTypeForString(type->get_string())
+                                                      : QVKTicketFieldTypeUnknown;
   field.options = parseOptions(json);
   field.systemOptions = parseSystemOptions(json);
   return field;

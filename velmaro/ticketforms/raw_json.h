@@ -27,14 +27,17 @@ class RawJson {
 
   // The key held JSON null.
   static bool isNull(const Value& value) { return value && value->is_null(); }
-  // The text, only when the value is a JSON string.
+  // The text, only when the value is a JSON string. It points into the value,
+  // so a temporary value is refused.
   static std::optional<std::string_view> string(const Value& value);
+  static std::optional<std::string_view> string(Value&&) = delete;
   // The number, only when the value is a JSON number with an exact 64-bit
   // integer value (7, 7.0; not 7.5, 1e300, 2^63 or "7").
   static std::optional<std::int64_t> int64(const Value& value);
   static std::optional<std::int64_t> int64(const boost::json::value& value);
   // The elements, only when the value is a JSON array; null otherwise.
   static const boost::json::array* array(const Value& value);
+  static const boost::json::array* array(Value&&) = delete;
 
   // Whether both are JSON numbers of the same numeric value, whatever their
   // representation (1, 1.0 and an unsigned 1 are one number). Anything that is
