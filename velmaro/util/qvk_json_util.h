@@ -51,7 +51,11 @@ class QVKJsonUtil {
   template <class T>
   static std::optional<T> convertJsonObject(const boost::json::object& json) {
     std::optional<T> result;
-    for (const auto& [key, value] : json) {
+    for (const auto& entry : json) {
+      // Named references, not a structured binding: clang before 16 cannot
+      // capture a binding in the lambda (the fuzz targets build with clang).
+      const auto& key = entry.key();
+      const auto& value = entry.value();
       bool named = false;
       boost::mp11::mp_for_each<Members<T>>([&](auto member) {
         if (named || key != member.name) return;
