@@ -31,6 +31,35 @@ class AnswerParsing {
     };
   }
 
+  // JSON that cannot be read: the error a strict parse answers.
+  static constexpr const char* kJsonErrorDomain = "velmaro.json";
+  static constexpr long kJsonErrorCode = 3840;
+
+  // As json(), but an absent, empty or malformed body is an error in
+  // kJsonErrorDomain (with the parser's message) instead of an empty object;
+  // valid JSON that is not an object still reads as an empty one.
+  template <class Result, class Parse>
+  static typename ProviderRequest<Result>::Parse strictJson(Parse parse) {
+    return [parse = std::move(parse)](
+               QVKDispatcherResponse response) -> quorvel::platform::Result<Result> {
+      unsigned char firstBlock[4096];
+      boost::json::monotonic_resource arena(firstBlock, sizeof firstBlock);
+      boost::system::error_code ec;
+      auto value = boost::json::parse(response.data.value_or(""), ec, &arena);
+      if (ec) return jsonError(ec.message());
+      if (!value.is_object()) return parse(boost::json::object(&arena));
+      return parse(value.get_object());
+    };
+  }
+
+  static quorvel::platform::Error jsonError(const std::string& reason) {
+    quorvel::platform::Error error{kJsonErrorDomain, kJsonErrorCode, {}};
+    error.userInfo[quorvel::platform::Error::kLocalizedDescriptionKey] =
+        "The data couldn't be read because it isn't in the correct format.";
+    error.userInfo["reason"] = reason;
+    return error;
+  }
+
   // The dispatcher's response itself, for operations that answer it.
   static ProviderRequest<QVKDispatcherResponse>::Parse response() {
     return [](QVKDispatcherResponse response) -> quorvel::platform::Result<QVKDispatcherResponse> {

@@ -2,6 +2,7 @@
 
 #include "quorvel/platform/main_queue.h"
 #include "quorvel/platform/notification_center.h"
+#include "velmaro/core/qvk_etag.h"
 #include "velmaro/util/qvk_classic_logger.h"
 
 namespace velmaro {
@@ -52,10 +53,19 @@ void ProviderContext::onMainThread(std::function<void()> task) const {
   task();
 }
 
+void ProviderContext::addEntityTag(quorvel::platform::URLRequest& request) {
+  QVKETag::addEtagToRequest(request);
+}
+
+bool ProviderContext::unmodified(const QVKDispatcherResponse& response) {
+  return QVKETag::unmodified(response);
+}
+
 void ProviderContext::postToNotificationCenterOnMainThread(std::string name,
-                                                           std::optional<Error> error) const {
-  onMainThread([name = std::move(name), error = std::move(error), sender = sender_] {
-    quorvel::platform::UserInfo info;
+                                                           std::optional<Error> error,
+                                                           quorvel::platform::UserInfo info) const {
+  onMainThread([name = std::move(name), error = std::move(error), info = std::move(info),
+                sender = sender_]() mutable {
     if (error) info.emplace("error", *error);
     quorvel::platform::NotificationCenter::defaultCenter().post(name, sender, std::move(info));
   });

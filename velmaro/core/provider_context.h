@@ -53,11 +53,17 @@ class ProviderContext {
   void answerOnMainThread(const char* callbackName, ProviderCallback<Result> cb,
                           std::optional<Result> result, std::optional<Error> error) const;
 
+  // The same context posting its notifications with no sender.
+  ProviderContext withoutSender() const { return ProviderContext(core_, nullptr); }
+  const std::shared_ptr<quorvel::Quorvel>& core() const { return core_; }
+
   // Asynchronously on the main queue of the core object.
   void onMainThread(std::function<void()> task) const;
   // `name` with this context's sender, and {"error": error} when one is given.
+  // Further entries of `info` are posted with it.
   void postToNotificationCenterOnMainThread(std::string name,
-                                            std::optional<Error> error = std::nullopt) const;
+                                            std::optional<Error> error = std::nullopt,
+                                            quorvel::platform::UserInfo info = {}) const;
 
  private:
   // Fetched anew at each use: the shared dispatcher follows the last core
@@ -75,6 +81,9 @@ class ProviderContext {
   std::optional<Error> validationFailure(const VariableBindings& bindings,
                                          std::string_view operation) const;
   static void warnAbsentCallback(const char* callbackName);
+  // The entity-tag table's part of a conditional request.
+  static void addEntityTag(quorvel::platform::URLRequest& request);
+  static bool unmodified(const QVKDispatcherResponse& response);
 
   std::shared_ptr<quorvel::Quorvel> core_;
   const void* sender_;
@@ -108,31 +117,51 @@ bool ProviderContext::shouldStopAfterHandlingParameters(const VariableBindings& 
 
 template <class Result>
 void ProviderContext::send(ProviderRequest<Result> request, ProviderCallback<Result> cb) const {
+  using ParseFailure = typename ProviderRequest<Result>::ParseFailure;
   if (request.starting != nullptr) postToNotificationCenterOnMainThread(request.starting);
   auto urlRequest = baseRequestWithURL(request.path, std::move(request.httpMethod));
   urlRequest.httpBody = std::move(request.body);
   for (auto& [field, value] : request.headers) urlRequest.setValue(std::move(value), field);
+  if (request.entityTag) addEntityTag(urlRequest);
 
   auto failed = [ctx = *this, cb, failures = std::move(request.failures),
                  callbackName = request.callbackName](Error error) {
     ctx.answerOnMainThread<Result>(callbackName, cb, std::nullopt, error);
     for (const char* name : failures) ctx.postToNotificationCenterOnMainThread(name, error);
   };
-  auto succeeded = [ctx = *this, cb, failed, parse = std::move(request.parse),
-                    answered = std::move(request.answered), success = request.success,
-                    callbackName = request.callbackName](QVKDispatcherResponse response) {
-    auto result = parse(std::move(response));
-    if (!result.ok()) {
-      failed(result.error());
+  auto succeeded = [ctx = *this, cb, failed,
+                    request = std::move(request)](QVKDispatcherResponse response) mutable {
+    if (request.entityTag && unmodified(response)) {
+      if (request.unmodifiedPostsSuccess && request.success != nullptr) {
+        ctx.postToNotificationCenterOnMainThread(request.success);
+      }
       return;
     }
-    if (answered) {
-      ctx.answerOnMainThread<Result>(callbackName, cb, result.value(), std::nullopt);
-      answered(result.value());
-    } else {
-      ctx.answerOnMainThread<Result>(callbackName, cb, std::move(result).value(), std::nullopt);
+    if (request.answers && !request.answers(response)) return;
+    auto result = request.parse(std::move(response));
+    if (!result.ok()) {
+      if (request.parseFailure == ParseFailure::failsRequest) {
+        failed(result.error());
+        return;
+      }
+      ctx.answerOnMainThread<Result>(request.callbackName, cb, std::nullopt, result.error());
+      if (request.parseFailure == ParseFailure::postsSuccess && request.success != nullptr) {
+        ctx.postToNotificationCenterOnMainThread(request.success);
+      }
+      return;
     }
-    if (success != nullptr) ctx.postToNotificationCenterOnMainThread(success);
+    quorvel::platform::UserInfo info;
+    if (request.successInfo) info = request.successInfo(result.value());
+    if (request.answered) {
+      ctx.answerOnMainThread<Result>(request.callbackName, cb, result.value(), std::nullopt);
+      request.answered(result.value());
+    } else {
+      ctx.answerOnMainThread<Result>(request.callbackName, cb, std::move(result).value(),
+                                     std::nullopt);
+    }
+    if (request.success != nullptr) {
+      ctx.postToNotificationCenterOnMainThread(request.success, std::nullopt, std::move(info));
+    }
   };
   executeRequestNoBlock(std::move(urlRequest), std::move(succeeded), std::move(failed));
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "quorvel/platform/error.h"
+#include "quorvel/platform/notification_center.h"
 #include "quorvel/platform/result.h"
 #include "velmaro/core/qvk_dispatcher_response.h"
 
@@ -45,6 +46,24 @@ struct ProviderRequest {
   Answered answered;
   // The callback kind's name, for the warning when the callback is absent.
   const char* callbackName = "callback";
+
+  // A conditional request: "If-None-Match" from the entity-tag table is set
+  // before sending, and a not-modified answer is not answered (it posts the
+  // success notification only with `unmodifiedPostsSuccess`).
+  bool entityTag = false;
+  bool unmodifiedPostsSuccess = false;
+  // What a parse error does besides answering the callback with it.
+  enum class ParseFailure {
+    failsRequest,  // posts the failure notifications, like a failed request
+    postsSuccess,  // posts the success notification all the same
+    postsNothing,  // posts nothing
+  };
+  ParseFailure parseFailure = ParseFailure::failsRequest;
+  // Whether a successful answer is answered at all; false ends the call with
+  // no callback and no notification. Absent: every answer is.
+  std::function<bool(const QVKDispatcherResponse&)> answers;
+  // The success notification's user info, made from the result.
+  std::function<quorvel::platform::UserInfo(const Result&)> successInfo;
 };
 
 }  // namespace velmaro

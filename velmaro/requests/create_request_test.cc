@@ -58,8 +58,8 @@ TEST(CreateRequest, AttachmentsKeepTokensAndSkipNulls) {
   QVKCreateRequest request;
   request.setAttachments(boost::json::parse(R"(["t1", null, "t2", {}, 3])").as_array());
   EXPECT_EQ(request.attachments(), (std::vector<std::string>{"t1", "t2", "3"}));
-  ASSERT_EQ(request.attachmentsAlias.size(), 3u);
-  EXPECT_FALSE(request.attachmentsAlias[0].attachment);
+  ASSERT_EQ(request.attachmentsAlias->size(), 3u);
+  EXPECT_FALSE((*request.attachmentsAlias)[0].attachment);
 }
 
 TEST(CreateRequest, FromDictionary) {
@@ -79,7 +79,7 @@ TEST(CreateRequest, FromDictionary) {
   EXPECT_EQ(request.description().rfind("Request:\nsubject [s]\n", 0), 0u);
 
   auto empty = QVKCreateRequest::initWithDict({});
-  EXPECT_TRUE(empty.tags.empty() && empty.attachments().empty() && empty.customFields.empty());
+  EXPECT_TRUE(empty.tags.empty() && !empty.attachments() && empty.customFields.empty());
   EXPECT_FALSE(empty.subject || empty.ticketFormId);
 }
 

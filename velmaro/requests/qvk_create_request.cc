@@ -17,24 +17,25 @@ QVKCreateRequest QVKCreateRequest::initWithDict(const boost::json::object& json)
   return request;
 }
 
-std::vector<std::string> QVKCreateRequest::attachments() const {
+std::optional<std::vector<std::string>> QVKCreateRequest::attachments() const {
+  if (!attachmentsAlias) return std::nullopt;
   std::vector<std::string> tokens;
-  tokens.reserve(attachmentsAlias.size());
-  for (const auto& upload : attachmentsAlias) {
+  tokens.reserve(attachmentsAlias->size());
+  for (const auto& upload : *attachmentsAlias) {
     if (upload.uploadToken) tokens.push_back(*upload.uploadToken);
   }
   return tokens;
 }
 
 void QVKCreateRequest::setAttachments(const std::vector<std::string>& tokens) {
-  attachmentsAlias.clear();
-  for (const auto& token : tokens) attachmentsAlias.push_back({token, std::nullopt});
+  attachmentsAlias.emplace();
+  for (const auto& token : tokens) attachmentsAlias->push_back({token, std::nullopt});
 }
 
 void QVKCreateRequest::setAttachments(const boost::json::array& tokens) {
-  attachmentsAlias.clear();
+  attachmentsAlias.emplace();
   for (const auto& element : tokens) {
-    if (auto token = J::numberText(&element)) attachmentsAlias.push_back({*token, std::nullopt});
+    if (auto token = J::numberText(&element)) attachmentsAlias->push_back({*token, std::nullopt});
   }
 }
 

@@ -27,13 +27,15 @@ class QVKCreateRequest {
   std::optional<std::string> subject;
   std::optional<std::string> requestDescription;
   std::vector<std::string> tags;
-  std::vector<QVKUploadResponse> attachmentsAlias;
+  // None: no attachment list at all (the create body then has no "uploads").
+  std::optional<std::vector<QVKUploadResponse>> attachmentsAlias;
   std::vector<CustomField> customFields;
   // None: no ticket form chosen.
   std::optional<std::int64_t> ticketFormId;
 
-  // The upload token of every element of attachmentsAlias, in order.
-  std::vector<std::string> attachments() const;
+  // The upload token of every element of attachmentsAlias, in order; none
+  // when no list was set.
+  std::optional<std::vector<std::string>> attachments() const;
   // One upload response per token.
   void setAttachments(const std::vector<std::string>& tokens);
   // One upload response per element that is present and not JSON null (a

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "velmaro/core/provider_context.h"
+#include "velmaro/requests/qvk_request_provider_errors.h"
+
+namespace velmaro {
+
+// What the request provider's operations share beyond the provider core: the
+// two feature gates and the gated send. Copied into completions like its
+// base; holds no provider.
+class QVKRequestProviderContext : public ProviderContext {
+ public:
+  using ProviderContext::ProviderContext;
+  using Gate = std::function<void(bool open)>;
+
+  // The conversations switch and the ticket-forms switch of the account's
+  // settings; `gate` runs where the settings provider answers (the main
+  // queue). Missing settings count as closed.
+  static void conversationsEnabled(Gate gate);
+  static void ticketFormsAvailable(Gate gate);
+
+  // Asks the conversations gate; in its answer, whatever it is, posts the
+  // request's starting notification first. Open sends the request; closed
+  // answers `cb` with the account restriction error and posts the request's
+  // failure notifications.
+  template <class Result>
+  void sendWhenConversationsEnabled(ProviderRequest<Result> request,
+                                    ProviderCallback<Result> cb) const {
+    conversationsEnabled(
+        [ctx = *this, request = std::move(request), cb = std::move(cb)](bool open) mutable {
+          if (request.starting != nullptr) {
+            ctx.postToNotificationCenterOnMainThread(request.starting);
+            request.starting = nullptr;
+          }
+          if (open) {
+            ctx.send(std::move(request), std::move(cb));
+            return;
+          }
+          ctx.refuse(request, std::move(cb), QVKRequestProviderErrors::accountRestrictionError());
+        });
+  }
+
+  // The same refusal path as a failed request: the callback, then the
+  // request's failure notifications.
+  template <class Result>
+  void refuse(const ProviderRequest<Result>& request, ProviderCallback<Result> cb,
+              Error error) const {
+    answerOnMainThread<Result>(request.callbackName, std::move(cb), std::nullopt, error);
+    for (const char* name : request.failures) postToNotificationCenterOnMainThread(name, error);
+  }
+
+  QVKRequestProviderContext withoutSender() const {
+    return QVKRequestProviderContext(core(), nullptr);
+  }
+};
+
+}  // namespace velmaro
