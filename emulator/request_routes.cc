@@ -26,6 +26,15 @@ std::set<std::string> statusSet(const Request& req) {
   return {items.begin(), items.end()};
 }
 
+// sort_by "created_at" or "updated_at" (the default), sort_order "asc" or
+// "desc" (the default).
+RequestOrder requestOrder(const Request& req) {
+  RequestOrder order;
+  if (http::param(req, "sort_by") == "created_at") order.column = "created_at";
+  order.descending = http::param(req, "sort_order") != "asc";
+  return order;
+}
+
 // Reads an optional array of strings; false when it is there but is not one.
 bool stringList(const json::object& o, const char* key, std::vector<std::string>& out) {
   const auto* v = o.if_contains(key);
@@ -133,7 +142,7 @@ void listRequests(EmulatorContext& ctx, const Request& req, Response& res) {
   auto user = ctx.identities.authenticate(req);
   if (!user) return http::sendUnauthorized(res);
   RequestStore store(ctx.db, http::baseUrl(req));
-  answerList(ctx, req, res, store.requestsOf(user->id, statusSet(req)));
+  answerList(ctx, req, res, store.requestsOf(user->id, statusSet(req), requestOrder(req)));
 }
 
 void showMany(EmulatorContext& ctx, const Request& req, Response& res) {
@@ -143,7 +152,8 @@ void showMany(EmulatorContext& ctx, const Request& req, Response& res) {
     return http::sendError(res, 400, "InvalidParameter", "tokens is required");
   RequestStore store(ctx.db, http::baseUrl(req));
   answerList(ctx, req, res,
-             store.requestsWithIds(http::parseIds(http::param(req, "tokens")), statusSet(req)));
+             store.requestsWithIds(http::parseIds(http::param(req, "tokens")), statusSet(req),
+                                   requestOrder(req)));
 }
 
 // The id of the path's request when the signed-in user may see it; answers

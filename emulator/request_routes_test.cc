@@ -112,6 +112,11 @@ INSTANTIATE_TEST_SUITE_P(
                    sized("/requests/1/last_commenting_agents_ids", 2),
                    sized("/last_commenting_agents", 2), is("/last_commenting_agents/0/agent", true),
                    is("/count", 3), is("/next_page", nullptr)}},
+        RouteCase{"list, oldest update first",
+                  "/api/mobile/requests.json?status=" + kAllStatuses +
+                      "&sort_by=updated_at&sort_order=asc",
+                  200,
+                  {sized("/requests", 3), is("/requests/0/id", 102), is("/requests/2/id", 103)}},
         RouteCase{"list, one status",
                   "/api/mobile/requests.json?status=solved",
                   200,
