@@ -28,7 +28,7 @@ std::string replyBody(const std::string& value, const std::string& uploadToken =
 }
 
 // A call the service refuses: without a token (401) or with the demo user's
-// token and something wrong in it.
+// token and something wrong in it; and agent replies the control refuses.
 struct RefusalCase {
   const char* name;
   const char* method;
@@ -85,7 +85,11 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"reply_with_body_not_value", "PUT", "/api/mobile/requests/102.json",
                     R"({"request":{"comment":{"body":"x"}}})", 422},
         RefusalCase{"reply_unknown_request", "PUT", "/api/mobile/requests/999.json", replyBody("x"),
-                    404}),
+                    404},
+        RefusalCase{"agent_reply_unknown_status", "POST", "/_emulator/requests/101/comments",
+                    R"({"body":"x","status":"done"})", 422},
+        RefusalCase{"agent_reply_by_end_user", "POST", "/_emulator/requests/101/comments",
+                    R"({"body":"x","author_id":2001})", 422}),
     CaseName());
 
 // The demo user's seeded requests: 101 open (4 comments, the last by an
@@ -207,6 +211,10 @@ TEST_F(Requests, AgentCommentIsTheOneSinceItsTimeAndMakesTheRequestPending) {
   auto token = demoToken();
   auto reply = post("/_emulator/requests/101/comments", R"({"body":"Any news?"})");
   ASSERT_EQ(reply.status, 201) << reply.body;
+  // The replying agent comes first among the last commenting agents.
+  expectChecks(reply, {is("/request/comment_count", 5),
+                       is("/request/updated_at", at(reply.json, "/comment/created_at")),
+                       is("/request/last_commenting_agents_ids/0", SampleData::kFirstAgentId)});
   auto since = std::string(at(reply.json, "/comment/created_at").as_string());
   expectChecks(get(kComments + "&since=" + since + "&role=agent", token),
                {sized("/comments", 1), is("/comments/0/body", "Any news?")});
