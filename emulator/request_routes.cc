@@ -110,13 +110,13 @@ void createRequest(EmulatorContext& ctx, const Request& req, Response& res) {
   RequestStore store(ctx.db, http::baseUrl(req));
   std::int64_t commentId = 0;
   auto id = store.create(request, commentId);
-  // The comment rides at the top level here, not inside "request" as it does
-  // in the answer to a reply.
+  // An included comment rides at the top level here, not inside "request" as
+  // it does in the answer to a reply.
   auto include = includeSet(req);
-  include.erase("last_comment");
-  http::sendJson(res, 201,
-                 json::object{{"request", store.requestJson(id, include)},
-                              {"last_comment", store.commentJson(commentId)}});
+  bool withComment = include.erase("last_comment") > 0;
+  json::object answer{{"request", store.requestJson(id, include)}};
+  if (withComment) answer["last_comment"] = store.commentJson(commentId);
+  http::sendJson(res, 201, answer);
 }
 
 void answerList(EmulatorContext& ctx, const Request& req, Response& res,
@@ -223,7 +223,7 @@ void addComment(EmulatorContext& ctx, const Request& req, Response& res) {
       !error.empty())
     return http::sendInvalid(res, error);
   store.addComment(*id, user->id, std::string(value->as_string()), tokens);
-  http::sendJson(res, 200, json::object{{"request", store.requestJson(*id, {"last_comment"})}});
+  http::sendJson(res, 200, json::object{{"request", store.requestJson(*id, includeSet(req))}});
 }
 
 }  // namespace

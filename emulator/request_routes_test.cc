@@ -147,6 +147,58 @@ INSTANTIATE_TEST_SUITE_P(
                   {sized("/comments", 1), sized("/users", 1), is("/users/0/agent", true)}}),
     CaseName());
 
+// Without include=last_comment neither write answers a last comment.
+struct WriteCase {
+  const char* name;
+  const char* method;
+  std::string path;
+  std::string body;
+  const char* commentPointer;
+};
+
+class WritesWithoutInclude : public EmulatorTest,
+                             public ::testing::WithParamInterface<WriteCase> {};
+
+TEST_P(WritesWithoutInclude, AnswerNoLastComment) {
+  const auto& c = GetParam();
+  auto a = call(c.method, c.path, c.body, demoToken());
+  ASSERT_TRUE(at(a.json, "/request/id").is_int64()) << a.body;
+  EXPECT_TRUE(at(a.json, c.commentPointer).is_null()) << a.body;
+}
+
+INSTANTIATE_TEST_SUITE_P(Writes, WritesWithoutInclude,
+                         ::testing::Values(WriteCase{"create", "POST", "/api/mobile/requests.json",
+                                                     createBody("Help"), "/last_comment"},
+                                           WriteCase{"reply", "PUT",
+                                                     "/api/mobile/requests/101.json",
+                                                     replyBody("x"), "/request/last_comment"}),
+                         CaseName());
+
+// A read's entity tag holds until an agent's reply to request 101 changes it.
+struct ConditionalCase {
+  const char* name;
+  std::string path;
+  bool changedByReply;
+};
+
+class ConditionalReads : public EmulatorTest,
+                         public ::testing::WithParamInterface<ConditionalCase> {};
+
+TEST_P(ConditionalReads, AnswerNotModifiedUntilTheContentChanges) {
+  const auto& c = GetParam();
+  auto token = demoToken();
+  const httplib::Headers tag{{"If-None-Match", get(c.path, token).header("ETag")}};
+  EXPECT_EQ(get(c.path, token, tag).status, 304);
+  ASSERT_EQ(post("/_emulator/requests/101/comments", R"({"body":"On it."})").status, 201);
+  EXPECT_EQ(get(c.path, token, tag).status, c.changedByReply ? 200 : 304);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Reads, ConditionalReads,
+    ::testing::Values(ConditionalCase{"list", "/api/mobile/requests.json?" + kListQuery, true},
+                      ConditionalCase{"another_request", "/api/mobile/requests/102.json", false}),
+    CaseName());
+
 class Requests : public EmulatorTest {
  protected:
   std::string upload(const std::string& token, const std::string& name) {
