@@ -1,5 +1,7 @@
 #include "emulator/control_routes.h"
 
+#include <set>
+
 #include <boost/json.hpp>
 
 #include "emulator/database.h"
@@ -44,28 +46,51 @@ void changeSettings(EmulatorContext& ctx, const Request& req, Response& res) {
   http::sendJson(res, 200, ctx.settings.toggles());
 }
 
-// An agent's reply to a request: {"body": text, "author_id": agent (the first
-// agent when absent), "status": new status (pending when absent)}.
+// The agent that a reply control names ("author_id"), else the first agent.
+std::optional<std::int64_t> replyingAgent(EmulatorContext& ctx, const json::object& body) {
+  std::optional<SqlRow> agent;
+  if (const auto* a = body.if_contains("author_id"))
+    agent = a->is_int64() ? ctx.db.queryOne("SELECT id FROM users WHERE id = ? AND agent = 1",
+                                            {a->as_int64()})
+                          : std::nullopt;
+  else
+    agent = ctx.db.queryOne("SELECT id FROM users WHERE agent = 1 ORDER BY id LIMIT 1");
+  if (!agent) return std::nullopt;
+  return agent->integer(0);
+}
+
+// The status a reply control sets: "" (the store decides) or a status word.
+std::optional<std::string> replyStatus(const json::object& body) {
+  static const std::set<std::string> kStatuses{"new",  "open",   "pending",
+                                               "hold", "solved", "closed"};
+  const auto* s = body.if_contains("status");
+  if (!s) return std::string();
+  if (!s->is_string() || !kStatuses.count(std::string(s->as_string()))) return std::nullopt;
+  return std::string(s->as_string());
+}
+
+// An agent's reply to a request, so that a client sees a comment it has not
+// read: {"body": text, "author_id": agent (the first agent when absent),
+// "status": new status (pending when absent)}. Answers the comment and the
+// request as the end user will now list it.
 void agentComment(EmulatorContext& ctx, const Request& req, Response& res) {
   auto body = http::jsonBody(req);
   const auto* text = body ? body->if_contains("body") : nullptr;
   if (!text || !text->is_string() || text->as_string().empty())
     return http::sendInvalid(res, "body must be a non-empty string");
+  auto status = replyStatus(*body);
+  if (!status)
+    return http::sendInvalid(res, "status must be new, open, pending, hold, solved or closed");
   auto guard = ctx.db.lock();
   auto requestId = http::parseId(req.matches[1].str()).value_or(-1);
   RequestStore store(ctx.db, http::baseUrl(req));
   if (!store.requesterOf(requestId)) return http::sendNotFound(res);
-  std::optional<SqlRow> agent;
-  if (const auto* a = body->if_contains("author_id"); a && a->is_int64())
-    agent = ctx.db.queryOne("SELECT id FROM users WHERE id = ? AND agent = 1", {a->as_int64()});
-  else
-    agent = ctx.db.queryOne("SELECT id FROM users WHERE agent = 1 ORDER BY id LIMIT 1");
+  auto agent = replyingAgent(ctx, *body);
   if (!agent) return http::sendInvalid(res, "author_id must name an agent");
-  std::string status;
-  if (const auto* s = body->if_contains("status"); s && s->is_string()) status = s->as_string();
-  auto id =
-      store.addComment(requestId, agent->integer(0), std::string(text->as_string()), {}, status);
-  http::sendJson(res, 201, json::object{{"comment", store.commentJson(id)}});
+  auto id = store.addComment(requestId, *agent, std::string(text->as_string()), {}, *status);
+  http::sendJson(res, 201,
+                 json::object{{"comment", store.commentJson(id)},
+                              {"request", store.requestJson(requestId, {"last_comment"})}});
 }
 
 void storedRequest(EmulatorContext& ctx, const Request& req, Response& res) {

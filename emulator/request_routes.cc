@@ -26,6 +26,15 @@ std::set<std::string> statusSet(const Request& req) {
   return {items.begin(), items.end()};
 }
 
+// sort_by "created_at" or "updated_at" (the default), sort_order "asc" or
+// "desc" (the default).
+RequestOrder requestOrder(const Request& req) {
+  RequestOrder order;
+  if (http::param(req, "sort_by") == "created_at") order.column = "created_at";
+  order.descending = http::param(req, "sort_order") != "asc";
+  return order;
+}
+
 // Reads an optional array of strings; false when it is there but is not one.
 bool stringList(const json::object& o, const char* key, std::vector<std::string>& out) {
   const auto* v = o.if_contains(key);
@@ -101,13 +110,13 @@ void createRequest(EmulatorContext& ctx, const Request& req, Response& res) {
   RequestStore store(ctx.db, http::baseUrl(req));
   std::int64_t commentId = 0;
   auto id = store.create(request, commentId);
-  // The comment rides at the top level here, not inside "request" as it does
-  // in the answer to a reply.
+  // An included comment rides at the top level here, not inside "request" as
+  // it does in the answer to a reply.
   auto include = includeSet(req);
-  include.erase("last_comment");
-  http::sendJson(res, 201,
-                 json::object{{"request", store.requestJson(id, include)},
-                              {"last_comment", store.commentJson(commentId)}});
+  bool withComment = include.erase("last_comment") > 0;
+  json::object answer{{"request", store.requestJson(id, include)}};
+  if (withComment) answer["last_comment"] = store.commentJson(commentId);
+  http::sendJson(res, 201, answer);
 }
 
 void answerList(EmulatorContext& ctx, const Request& req, Response& res,
@@ -133,7 +142,7 @@ void listRequests(EmulatorContext& ctx, const Request& req, Response& res) {
   auto user = ctx.identities.authenticate(req);
   if (!user) return http::sendUnauthorized(res);
   RequestStore store(ctx.db, http::baseUrl(req));
-  answerList(ctx, req, res, store.requestsOf(user->id, statusSet(req)));
+  answerList(ctx, req, res, store.requestsOf(user->id, statusSet(req), requestOrder(req)));
 }
 
 void showMany(EmulatorContext& ctx, const Request& req, Response& res) {
@@ -143,7 +152,8 @@ void showMany(EmulatorContext& ctx, const Request& req, Response& res) {
     return http::sendError(res, 400, "InvalidParameter", "tokens is required");
   RequestStore store(ctx.db, http::baseUrl(req));
   answerList(ctx, req, res,
-             store.requestsWithIds(http::parseIds(http::param(req, "tokens")), statusSet(req)));
+             store.requestsWithIds(http::parseIds(http::param(req, "tokens")), statusSet(req),
+                                   requestOrder(req)));
 }
 
 // The id of the path's request when the signed-in user may see it; answers
@@ -213,7 +223,7 @@ void addComment(EmulatorContext& ctx, const Request& req, Response& res) {
       !error.empty())
     return http::sendInvalid(res, error);
   store.addComment(*id, user->id, std::string(value->as_string()), tokens);
-  http::sendJson(res, 200, json::object{{"request", store.requestJson(*id, {"last_comment"})}});
+  http::sendJson(res, 200, json::object{{"request", store.requestJson(*id, includeSet(req))}});
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ std::string replyBody(const std::string& value, const std::string& uploadToken =
 }
 
 // A call the service refuses: without a token (401) or with the demo user's
-// token and something wrong in it.
+// token and something wrong in it; and agent replies the control refuses.
 struct RefusalCase {
   const char* name;
   const char* method;
@@ -85,7 +85,11 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"reply_with_body_not_value", "PUT", "/api/mobile/requests/102.json",
                     R"({"request":{"comment":{"body":"x"}}})", 422},
         RefusalCase{"reply_unknown_request", "PUT", "/api/mobile/requests/999.json", replyBody("x"),
-                    404}),
+                    404},
+        RefusalCase{"agent_reply_unknown_status", "POST", "/_emulator/requests/101/comments",
+                    R"({"body":"x","status":"done"})", 422},
+        RefusalCase{"agent_reply_by_end_user", "POST", "/_emulator/requests/101/comments",
+                    R"({"body":"x","author_id":2001})", 422}),
     CaseName());
 
 // The demo user's seeded requests: 101 open (4 comments, the last by an
@@ -112,6 +116,11 @@ INSTANTIATE_TEST_SUITE_P(
                    sized("/requests/1/last_commenting_agents_ids", 2),
                    sized("/last_commenting_agents", 2), is("/last_commenting_agents/0/agent", true),
                    is("/count", 3), is("/next_page", nullptr)}},
+        RouteCase{"list, oldest update first",
+                  "/api/mobile/requests.json?status=" + kAllStatuses +
+                      "&sort_by=updated_at&sort_order=asc",
+                  200,
+                  {sized("/requests", 3), is("/requests/0/id", 102), is("/requests/2/id", 103)}},
         RouteCase{"list, one status",
                   "/api/mobile/requests.json?status=solved",
                   200,
@@ -136,6 +145,58 @@ INSTANTIATE_TEST_SUITE_P(
                   kComments + "&since=2026-01-05T12:00:00Z&role=agent",
                   200,
                   {sized("/comments", 1), sized("/users", 1), is("/users/0/agent", true)}}),
+    CaseName());
+
+// Without include=last_comment neither write answers a last comment.
+struct WriteCase {
+  const char* name;
+  const char* method;
+  std::string path;
+  std::string body;
+  const char* commentPointer;
+};
+
+class WritesWithoutInclude : public EmulatorTest,
+                             public ::testing::WithParamInterface<WriteCase> {};
+
+TEST_P(WritesWithoutInclude, AnswerNoLastComment) {
+  const auto& c = GetParam();
+  auto a = call(c.method, c.path, c.body, demoToken());
+  ASSERT_TRUE(at(a.json, "/request/id").is_int64()) << a.body;
+  EXPECT_TRUE(at(a.json, c.commentPointer).is_null()) << a.body;
+}
+
+INSTANTIATE_TEST_SUITE_P(Writes, WritesWithoutInclude,
+                         ::testing::Values(WriteCase{"create", "POST", "/api/mobile/requests.json",
+                                                     createBody("Help"), "/last_comment"},
+                                           WriteCase{"reply", "PUT",
+                                                     "/api/mobile/requests/101.json",
+                                                     replyBody("x"), "/request/last_comment"}),
+                         CaseName());
+
+// A read's entity tag holds until an agent's reply to request 101 changes it.
+struct ConditionalCase {
+  const char* name;
+  std::string path;
+  bool changedByReply;
+};
+
+class ConditionalReads : public EmulatorTest,
+                         public ::testing::WithParamInterface<ConditionalCase> {};
+
+TEST_P(ConditionalReads, AnswerNotModifiedUntilTheContentChanges) {
+  const auto& c = GetParam();
+  auto token = demoToken();
+  const httplib::Headers tag{{"If-None-Match", get(c.path, token).header("ETag")}};
+  EXPECT_EQ(get(c.path, token, tag).status, 304);
+  ASSERT_EQ(post("/_emulator/requests/101/comments", R"({"body":"On it."})").status, 201);
+  EXPECT_EQ(get(c.path, token, tag).status, c.changedByReply ? 200 : 304);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Reads, ConditionalReads,
+    ::testing::Values(ConditionalCase{"list", "/api/mobile/requests.json?" + kListQuery, true},
+                      ConditionalCase{"another_request", "/api/mobile/requests/102.json", false}),
     CaseName());
 
 class Requests : public EmulatorTest {
@@ -202,6 +263,10 @@ TEST_F(Requests, AgentCommentIsTheOneSinceItsTimeAndMakesTheRequestPending) {
   auto token = demoToken();
   auto reply = post("/_emulator/requests/101/comments", R"({"body":"Any news?"})");
   ASSERT_EQ(reply.status, 201) << reply.body;
+  // The replying agent comes first among the last commenting agents.
+  expectChecks(reply, {is("/request/comment_count", 5),
+                       is("/request/updated_at", at(reply.json, "/comment/created_at")),
+                       is("/request/last_commenting_agents_ids/0", SampleData::kFirstAgentId)});
   auto since = std::string(at(reply.json, "/comment/created_at").as_string());
   expectChecks(get(kComments + "&since=" + since + "&role=agent", token),
                {sized("/comments", 1), is("/comments/0/body", "Any news?")});

@@ -98,21 +98,32 @@ std::string RequestStore::statusOf(std::int64_t requestId) {
   return r ? r->text(0) : std::string();
 }
 
+namespace {
+
+// The ORDER BY clause; the column comes from RequestOrder, never from a client.
+std::string orderBy(const RequestOrder& order) {
+  std::string column = order.column == "created_at" ? "created_at" : "updated_at";
+  std::string direction = order.descending ? " DESC" : " ASC";
+  return " ORDER BY " + column + direction + ", id" + direction;
+}
+
+}  // namespace
+
 std::vector<std::int64_t> RequestStore::requestsOf(std::int64_t userId,
-                                                   const std::set<std::string>& statuses) {
+                                                   const std::set<std::string>& statuses,
+                                                   const RequestOrder& order) {
   std::vector<std::int64_t> out;
-  for (const auto& r : db_.query("SELECT id, status FROM requests WHERE requester_id = ? "
-                                 "ORDER BY updated_at DESC, id DESC",
-                                 {userId}))
+  for (const auto& r : db_.query(
+           "SELECT id, status FROM requests WHERE requester_id = ?" + orderBy(order), {userId}))
     if (statuses.empty() || statuses.count(r.text(1))) out.push_back(r.integer(0));
   return out;
 }
 
 std::vector<std::int64_t> RequestStore::requestsWithIds(const std::vector<std::int64_t>& ids,
-                                                        const std::set<std::string>& statuses) {
+                                                        const std::set<std::string>& statuses,
+                                                        const RequestOrder& order) {
   std::vector<std::int64_t> out;
-  for (const auto& r :
-       db_.query("SELECT id, status FROM requests ORDER BY updated_at DESC, id DESC")) {
+  for (const auto& r : db_.query("SELECT id, status FROM requests" + orderBy(order))) {
     bool wanted = std::find(ids.begin(), ids.end(), r.integer(0)) != ids.end();
     if (wanted && (statuses.empty() || statuses.count(r.text(1)))) out.push_back(r.integer(0));
   }

@@ -26,6 +26,13 @@ struct NewRequest {
   std::vector<std::string> uploads;
 };
 
+// How a request list is sorted: by "updated_at" or "created_at", the id
+// breaking ties the same way.
+struct RequestOrder {
+  std::string column = "updated_at";
+  bool descending = true;
+};
+
 // Which comments a listing wants.
 struct CommentFilter {
   std::string since;  // "" for all; else comments created at or after it
@@ -51,11 +58,13 @@ class RequestStore {
 
   std::optional<std::int64_t> requesterOf(std::int64_t requestId);
   std::string statusOf(std::int64_t requestId);
-  // The user's requests (or those with the given ids) in the given statuses,
-  // most recently updated first.
-  std::vector<std::int64_t> requestsOf(std::int64_t userId, const std::set<std::string>& statuses);
+  // The user's requests (or those with the given ids) in the given statuses
+  // (all when empty), in the given order.
+  std::vector<std::int64_t> requestsOf(std::int64_t userId, const std::set<std::string>& statuses,
+                                       const RequestOrder& order);
   std::vector<std::int64_t> requestsWithIds(const std::vector<std::int64_t>& ids,
-                                            const std::set<std::string>& statuses);
+                                            const std::set<std::string>& statuses,
+                                            const RequestOrder& order);
 
   // The request record; `include` names the side-loads of the include
   // parameter ("last_comment", "first_comment").

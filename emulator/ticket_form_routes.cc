@@ -22,6 +22,19 @@ json::value parse(const std::string& text) {
   return ec ? json::value(nullptr) : v;
 }
 
+// The service answers show_many for at most this many ids: later ones are
+// ignored, and an id named twice is answered once.
+constexpr std::size_t kMaxIds = 100;
+
+std::vector<std::int64_t> wantedIds(const Request& req) {
+  auto ids = http::parseIds(http::param(req, "ids"));
+  if (ids.size() > kMaxIds) ids.resize(kMaxIds);
+  std::vector<std::int64_t> out;
+  for (auto id : ids)
+    if (std::find(out.begin(), out.end(), id) == out.end()) out.push_back(id);
+  return out;
+}
+
 void showMany(EmulatorContext& ctx, const Request& req, Response& res) {
   if (!ctx.identities.authenticate(req)) return http::sendUnauthorized(res);
   if (!req.has_param("ids"))
@@ -32,7 +45,7 @@ void showMany(EmulatorContext& ctx, const Request& req, Response& res) {
   json::array forms;
   std::vector<std::int64_t> fieldIds;
   auto base = http::baseUrl(req);
-  for (auto id : http::parseIds(http::param(req, "ids"))) {
+  for (auto id : wantedIds(req)) {
     auto r = ctx.db.queryOne(
         "SELECT id, name, display_name, position, active, field_ids FROM ticket_forms WHERE id = ?",
         {id});

@@ -15,6 +15,12 @@ const std::string kContact = std::to_string(SampleData::kContactFormId);
 const std::string kBug = std::to_string(SampleData::kBugFormId);
 const std::string kInactive = std::to_string(SampleData::kInactiveFormId);
 
+std::string hundredTimes(const std::string& text) {
+  std::string out;
+  for (int i = 0; i < 100; ++i) out += text;
+  return out;
+}
+
 struct FormCase {
   const char* name;
   std::string query;
@@ -44,6 +50,8 @@ INSTANTIATE_TEST_SUITE_P(
                  200, 0, 0},
         FormCase{"inactive_without_filter", "?ids=" + kInactive + "&include=ticket_fields", 200, 1,
                  2},
+        FormCase{"same_id_twice", "?ids=" + kContact + "," + kContact, 200, 1, 0},
+        FormCase{"ids_past_the_hundredth", "?ids=" + hundredTimes("1,") + kContact, 200, 0, 0},
         FormCase{"unknown_ids", "?ids=1,2&include=ticket_fields&active=true", 200, 0, 0},
         FormCase{"no_ids", "?include=ticket_fields", 400, 0, 0}),
     CaseName());
