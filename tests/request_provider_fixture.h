@@ -29,7 +29,9 @@ class RequestProviderTest : public ProviderFixture {
   using ProviderFixture::notificationNames;
   std::vector<std::string> notificationNames() const { return notificationNames(provider_.get()); }
 
-  void useAnonymousIdentity() { core_->setIdentity(std::make_shared<quorvel::AnonymousIdentity>()); }
+  void useAnonymousIdentity() {
+    core_->setIdentity(std::make_shared<quorvel::AnonymousIdentity>());
+  }
   RequestStorage storage() const { return RequestStorage::initWithQuorvel(*core_); }
 
   // A new request through the provider; its id.
@@ -39,6 +41,8 @@ class RequestProviderTest : public ProviderFixture {
     request.requestDescription = "It does not print.";
     auto answers = call<QVKDispatcherResponse>(
         [&](auto cb) { provider_->createRequest(request, std::move(cb)); });
+    settle();  // the success notification follows the answer
+    notifications_.clear();
     if (answers->size() != 1 || !(*answers)[0].result) return "";
     const auto json = boost::json::parse((*answers)[0].result->data.value_or("{}"));
     const auto& id = json.at("request").at("id");

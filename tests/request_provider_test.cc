@@ -34,7 +34,7 @@ TEST_F(RequestProviderTest, CreatingSendsTheBodyAndAnswersTheResponse) {
   EXPECT_EQ(body.at("comment"), boost::json::parse(R"({"body":"Jammed","uploads":[]})"));
   EXPECT_EQ(body.at("tags"), boost::json::parse(R"(["urgent","mobile"])"));
   EXPECT_EQ(body.at("custom_fields"), boost::json::parse(R"([{"id":31,"value":"floor 3"}])"));
-  EXPECT_EQ(body.at("metadata").at("sdk").at("platform"), "iOS");
+  EXPECT_TRUE(body.at("metadata").at("sdk").as_object().contains("device_model"));
 
   EXPECT_THAT(notificationNames(),
               ElementsAre("QVKAPI_RequestSubmissionStarting", "QVKAPI_RequestSubmissionSuccess"));
@@ -59,7 +59,8 @@ TEST_F(RequestProviderTest, AllRequestsAsksForEveryStatusAndRefreshesTheStore) {
             "comment,first_comment&status=new,open,pending,hold,solved,closed&sort_by=updated_at&"
             "sort_order=desc");
   settle();
-  EXPECT_THAT(notificationNames(), ElementsAre("QVKAPI_RequestsStarting", "QVKAPI_RequestsSuccess"));
+  EXPECT_THAT(notificationNames(),
+              ElementsAre("QVKAPI_RequestsStarting", "QVKAPI_RequestsSuccess"));
   const auto stored = storage().getRequestForId(id);
   ASSERT_TRUE(stored);
   EXPECT_GE(stored->commentCount(), 1);
@@ -87,9 +88,9 @@ TEST_F(RequestProviderTest, AnAnonymousUserListsTheStoredIdsByToken) {
   auto answers = call<QVKRequestsWithCommentingAgents>(
       [&](auto cb) { provider_->getRequestsByStatus(std::string("open,pending"), std::move(cb)); });
   ASSERT_TRUE((*answers)[0].result) << (*answers)[0].error->debugDescription();
-  EXPECT_THAT(lastTarget("show_many"),
-              HasSubstr("/api/mobile/requests/show_many.json?tokens=" + id +
-                        "&include=public_updated_at"));
+  EXPECT_THAT(
+      lastTarget("show_many"),
+      HasSubstr("/api/mobile/requests/show_many.json?tokens=" + id + "&include=public_updated_at"));
   EXPECT_THAT(lastTarget("show_many"), HasSubstr("&status=open,pending&"));
 }
 
@@ -134,8 +135,8 @@ TEST_F(RequestProviderTest, AddingACommentCountsItAsRead) {
   EXPECT_EQ(boost::json::parse(sent.back().body),
             boost::json::parse(R"({"request":{"comment":{"value":"Any news?"}}})"));
   settle();
-  EXPECT_THAT(notificationNames(), ElementsAre("QVKAPI_CommentSubmissionStarting",
-                                               "QVKAPI_CommentSubmissionSuccess"));
+  EXPECT_THAT(notificationNames(),
+              ElementsAre("QVKAPI_CommentSubmissionStarting", "QVKAPI_CommentSubmissionSuccess"));
   const auto after = storage().getRequestForId(id);
   EXPECT_EQ(after->commentCount(), before->commentCount() + 1);
   EXPECT_EQ(after->readCommentCount(), before->readCommentCount() + 1);
@@ -157,17 +158,71 @@ TEST_F(RequestProviderTest, CommentsComeWithTheirAuthorsAndNoSender) {
 }
 
 TEST_F(RequestProviderTest, TicketFormsAskForFiveIdsThenComeFromTheCache) {
+  constexpr std::int64_t kContact = 360000040001;
+  constexpr std::int64_t kBug = 360000040002;
   auto first = call<QVKRequestProvider::TicketForms>([&](auto cb) {
-    provider_->getTicketFormWithIds({1, 2, 3, 4, 5, 6, 7}, std::move(cb));
+    provider_->getTicketFormWithIds({kContact, kBug, 3, 4, 5, 6, 7}, std::move(cb));
   });
-  ASSERT_TRUE((*first)[0].result || (*first)[0].error);
+  ASSERT_TRUE((*first)[0].result) << (*first)[0].error->debugDescription();
   EXPECT_EQ(lastTarget("ticket_forms"),
-            "/api/v2/ticket_forms/show_many.json?ids=1,2,3,4,5&include=ticket_fields&active=true");
+            "/api/v2/ticket_forms/show_many.json?ids=360000040001,360000040002,3,4,5&include="
+            "ticket_fields&active=true");
+  ASSERT_EQ((*first)[0].result->size(), 2u);
+  EXPECT_FALSE((*first)[0].result->front()->ticketFields.empty());
+
+  // Both cached: answered at once, in the order asked, with nothing sent.
+  recorder_->clear();
+  std::optional<QVKRequestProvider::TicketForms> cached;
+  provider_->getTicketFormWithIds({kBug, kContact}, [&](auto forms, auto) { cached = forms; });
+  ASSERT_TRUE(cached);
+  ASSERT_EQ(cached->size(), 2u);
+  EXPECT_EQ(cached->front(), (*first)[0].result->back());
+  EXPECT_THAT(recorder_->matching("ticket_forms"), IsEmpty());
 
   auto empty = call<QVKRequestProvider::TicketForms>(
       [&](auto cb) { provider_->getTicketFormWithIds({}, std::move(cb)); });
   ASSERT_TRUE((*empty)[0].error);
   EXPECT_EQ((*empty)[0].error->code, -7003);
+}
+
+TEST_F(RequestProviderTest, ExpiredCountersFetchEveryRequestThenAnswerFromTheDevice) {
+  ASSERT_FALSE(createRequest("Counted").empty());
+  ASSERT_TRUE(storage().isRequestCacheExpired());
+  std::vector<std::optional<RequestUpdates>> answers;
+  provider_->getUpdatesForDevice([&](auto updates) { answers.push_back(std::move(updates)); });
+  ASSERT_TRUE(pumpUntil([&] { return !answers.empty(); }));
+  // A non-empty list refreshes the counters but is deliberately not answered.
+  EXPECT_FALSE(answers[0]);
+  EXPECT_FALSE(lastTarget("status=new,open,pending,hold,solved,closed").empty());
+  recorder_->clear();
+  provider_->getUpdatesForDevice([&](auto updates) { answers.push_back(std::move(updates)); });
+  ASSERT_EQ(answers.size(), 2u);  // fresh now: at once, from the device
+  EXPECT_TRUE(answers[1]);
+  EXPECT_THAT(recorder_->matching("/api/mobile/requests"), IsEmpty());
+}
+
+// Faults come from the emulator itself (a relay would turn a dropped
+// connection into a 502): exactly one answer, the error notification last.
+class RequestProviderFaultTest : public RequestProviderTest {
+ protected:
+  std::string serviceUrl() const override { return emulator_->url(); }
+};
+
+TEST_F(RequestProviderFaultTest, AFailedListIsAnsweredOnceAndAnnounced) {
+  ASSERT_EQ(emulator_
+                    ->control("POST", "faults",
+                              R"({"count":1,"status":500,"path_prefix":"/api/mobile/requests"})")
+                    .status /
+                100,
+            2);
+  auto answers = call<QVKRequestsWithCommentingAgents>(
+      [&](auto cb) { provider_->getAllRequests(std::move(cb)); });
+  settle();
+  ASSERT_EQ(answers->size(), 1u);
+  ASSERT_TRUE((*answers)[0].error);
+  EXPECT_EQ((*answers)[0].error->code, 500);
+  EXPECT_THAT(notificationNames(), ElementsAre("QVKAPI_RequestsStarting", "QVKAPI_RequestsError"));
+  EXPECT_EQ(errorOf(notifications_.back()), (*answers)[0].error);
 }
 
 TEST_F(RequestProviderTest, FreshCountersAnswerUpdatesFromTheDevice) {
