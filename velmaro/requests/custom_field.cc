@@ -12,7 +12,11 @@ CustomField::CustomField(std::int64_t fieldId, std::optional<boost::json::value>
 
 void CustomField::setValue(std::optional<boost::json::value> value) {
   if (value && value->is_null()) value.reset();
-  value_ = std::move(value);
+  // A value read from an answer lives in that answer's parse arena, which is
+  // gone once the answer is handled: the field keeps its own copy. (Assigning
+  // a JSON value keeps the target's storage, hence the emplace.)
+  value_.reset();
+  if (value) value_.emplace(std::move(*value), boost::json::storage_ptr());
 }
 
 CustomField CustomField::initWithFieldId(const boost::json::value& fieldId,

@@ -142,6 +142,24 @@ TEST(AttachmentParse, ThumbnailsNestStopAtTheDepthLimit) {
   EXPECT_EQ(depth, QVKAttachment::kMaxThumbnailDepth);
 }
 
+TEST(RequestParse, CustomFieldValuesOutliveTheParseArena) {
+  std::vector<QVKRequest> copies;
+  {
+    unsigned char block[256];
+    boost::json::monotonic_resource arena(block, sizeof block);
+    const auto json = boost::json::parse(
+        R"({"requests": [{"id": 7, "custom_fields": [{"id": 1, "value": ["a", "b"]},
+            {"id": 2, "value": "a text long enough to leave the small buffer"}]}]})",
+        &arena);
+    copies = QVKRequestsResponse::parseRequestListWithDictionary(json.as_object()).value();
+  }
+  const auto copy = copies;  // copying reads the values' storage
+  ASSERT_EQ(copy.at(0).customFields.size(), 2u);
+  EXPECT_EQ(copy[0].customFields[0].value(), boost::json::parse(R"(["a", "b"])"));
+  EXPECT_EQ(copy[0].customFields[1].value(),
+            boost::json::value("a text long enough to leave the small buffer"));
+}
+
 TEST(RequestListParse, RequestsMustBeAnArray) {
   EXPECT_FALSE(QVKRequestsResponse::parseRequestListWithDictionary(object(R"({"requests": {}})")));
   EXPECT_FALSE(QVKRequestsResponse::parseRequestListWithDictionary(object("{}")));
