@@ -58,7 +58,7 @@ step() {
 
 cat <<INTRO
 ${bold}Velmaro tour${plain}
-qvk-emulator is serving a sample Help Center at $url.
+qvk-emulator is serving a sample Help Center and support account at $url.
 qvk, the command-line client, calls the library's providers against it:
 \$ export QVK_URL=$url
 INTRO
@@ -85,6 +85,54 @@ step "10. The Help Center's own settings: locale and article voting." \
   "settings help-center" settings help-center
 step "11. Every command also speaks JSON for scripts." \
   "--json hc category 360000010002" --json hc category 360000010002
+
+# The sample data's signed-in user (emulator/README.md): the requests side
+# acts for this user from here on.
+identity="$(curl -sf "$url/_emulator/demo_identity")" ||
+  { echo "error: the emulator did not give the demo identity" >&2; exit 1; }
+demo_jwt="$(sed -n 's/.*"jwt":"\([^"]*\)".*/\1/p' <<<"$identity")"
+user=(--jwt "$demo_jwt")
+
+cat <<REQUESTS
+
+${bold}Support requests${plain}
+From here on qvk acts for the sample account's signed-in user, Demo User
+(--jwt TOKEN; the token is printed by \`qvk-emulator --help\`).
+REQUESTS
+
+step "12. The form a user fills in to contact support, with its fields." \
+  "forms 360000040001" "${user[@]}" forms 360000040001
+echo
+echo "${bold}13. A new request with the form, a custom field (the order number) and a tag.${plain}"
+echo "\$ qvk requests create --form 360000040001 --subject \"Sync stops after the update\" \\"
+echo "    --description \"Since 4.3 my projects no longer sync.\" --field 360000050005=A-1042 --tag ios"
+request_id="$("$qvk_binary" "${user[@]}" requests create --form 360000040001 \
+  --subject "Sync stops after the update" --description "Since 4.3 my projects no longer sync." \
+  --field 360000050005=A-1042 --tag ios)"
+echo "$request_id"
+step "14. The user's requests, newest activity first; * marks unread comments." \
+  "requests list" "${user[@]}" requests list
+
+echo
+echo "${bold}15. Meanwhile an agent answers (the emulator's scenario control stands in for the agent).${plain}"
+echo "\$ curl -X POST $url/_emulator/requests/$request_id/comments -d '{\"body\": ...}'"
+curl -sf -X POST "$url/_emulator/requests/$request_id/comments" \
+  -d '{"body":"Thanks for the order number. Please sign out and in again: that restarts the sync."}' \
+  >/dev/null || { echo "error: the emulator did not take the agent's reply" >&2; exit 1; }
+echo "(reply added)"
+step "16. The app refreshes the list: the new request now has an unread comment." \
+  "requests list" "${user[@]}" requests list
+step "17. Unread comments per request, from the counters kept on the device." \
+  "requests updates" "${user[@]}" requests updates
+step "18. The user opens the request and reads the conversation." \
+  "requests comments $request_id" "${user[@]}" requests comments "$request_id"
+step "19. Reading both comments marks them read on the device." \
+  "requests mark-read $request_id 2" "${user[@]}" requests mark-read "$request_id" 2
+step "20. The user replies." \
+  "requests comment $request_id \"Signing in again fixed it, thank you!\"" \
+  "${user[@]}" requests comment "$request_id" "Signing in again fixed it, thank you!"
+step "21. Nothing unread is left on the new request." \
+  "requests updates" "${user[@]}" requests updates
 
 echo
 echo "That was the tour. The client is $qvk_binary:"

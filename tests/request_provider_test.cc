@@ -201,30 +201,6 @@ TEST_F(RequestProviderTest, ExpiredCountersFetchEveryRequestThenAnswerFromTheDev
   EXPECT_THAT(recorder_->matching("/api/mobile/requests"), IsEmpty());
 }
 
-// Faults come from the emulator itself (a relay would turn a dropped
-// connection into a 502): exactly one answer, the error notification last.
-class RequestProviderFaultTest : public RequestProviderTest {
- protected:
-  std::string serviceUrl() const override { return emulator_->url(); }
-};
-
-TEST_F(RequestProviderFaultTest, AFailedListIsAnsweredOnceAndAnnounced) {
-  ASSERT_EQ(emulator_
-                    ->control("POST", "faults",
-                              R"({"count":1,"status":500,"path_prefix":"/api/mobile/requests"})")
-                    .status /
-                100,
-            2);
-  auto answers = call<QVKRequestsWithCommentingAgents>(
-      [&](auto cb) { provider_->getAllRequests(std::move(cb)); });
-  settle();
-  ASSERT_EQ(answers->size(), 1u);
-  ASSERT_TRUE((*answers)[0].error);
-  EXPECT_EQ((*answers)[0].error->code, 500);
-  EXPECT_THAT(notificationNames(), ElementsAre("QVKAPI_RequestsStarting", "QVKAPI_RequestsError"));
-  EXPECT_EQ(errorOf(notifications_.back()), (*answers)[0].error);
-}
-
 TEST_F(RequestProviderTest, FreshCountersAnswerUpdatesFromTheDevice) {
   storage().storeRequestsAndResetCacheTime(
       {RequestForStorage("a", 5, 3), RequestForStorage("b", 2, 2)});

@@ -18,4 +18,11 @@ Error ClientErrors::noSettings() {
                                 "The service's settings could not be loaded or decoded");
 }
 
+Error ClientErrors::notStored(const std::string& requestId) {
+  return Error::withDescription(kDomain, kNotStored,
+                                "Request " + requestId +
+                                    " is not in this device's request store (list the requests "
+                                    "first)");
+}
+
 }  // namespace qvk

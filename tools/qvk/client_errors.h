@@ -15,10 +15,14 @@ class ClientErrors {
   static constexpr long kMissingUrl = 1;
   static constexpr long kNoAnswer = 2;
   static constexpr long kNoSettings = 3;
+  static constexpr long kNotStored = 4;
 
   static quorvel::platform::Error missingUrl();
   static quorvel::platform::Error noAnswer(std::chrono::milliseconds waited);
   static quorvel::platform::Error noSettings();
+  // The device's request store has no record of the request: marking it
+  // read or unread would change nothing.
+  static quorvel::platform::Error notStored(const std::string& requestId);
 };
 
 }  // namespace qvk

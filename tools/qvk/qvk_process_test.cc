@@ -11,6 +11,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "emulator/demo_identity.h"
 #include "tests/emulator_process.h"
 #include "tools/qvk/qvk_invocation.h"
 
@@ -87,6 +88,8 @@ void PrintTo(const RunCase& c, std::ostream* os) {
   for (const auto& a : c.args) *os << ' ' << a;
 }
 
+const std::string kJwt(qvk::emulator::kDemoJwt);
+
 class QvkRuns : public QvkProcess, public ::testing::WithParamInterface<RunCase> {};
 
 TEST_P(QvkRuns, ExitWithTheirStatusAndPrint) {
@@ -156,7 +159,66 @@ INSTANTIATE_TEST_SUITE_P(
                  R"("contactUsSettings":{"tags":[]})"},
                 "unterminated",
                 Service::kEmulator,
-                "hc search 'unterminated\nhc category x\nsettings\n"}),
+                "hc search 'unterminated\nhc category x\nsettings\n"},
+        RunCase{"AnonymousUserWithNothingStoredListsNothing",
+                {"--json", "requests", "list"},
+                0,
+                {R"({"requests":[],"commentingAgents":[]})"}},
+        RunCase{
+            "RequestsOfTheJwtUserWithTheirAgents",
+            {"--json", "--jwt", kJwt, "requests", "list"},
+            0,
+            {R"("id":"101")", R"("id":"103")", R"("commentingAgents":[{"id":)", R"("agent":true)"}},
+        RunCase{"RequestsByStatusAsATable",
+                {"--jwt", kJwt, "requests", "list", "--status", "solved"},
+                0,
+                {"  solved  ", "\n1 request\n"}},
+        RunCase{"OneRequest",
+                {"--json", "--jwt", kJwt, "requests", "show", "101"},
+                0,
+                {R"({"request":{"id":"101",)"}},
+        RunCase{"UnknownRequestIsTheServicesError",
+                {"--json", "--jwt", kJwt, "requests", "show", "999999"},
+                1,
+                {R"({"error":{"domain":"com.quorvel.sdk","code":404,)"}},
+        RunCase{"CommentsEachWithItsUser",
+                {"--json", "--jwt", kJwt, "requests", "comments", "101"},
+                0,
+                {R"({"comments":[{"id":)", R"("user":{"id":)", R"("agent":true)"}},
+        RunCase{"AgentCommentsSinceATime",
+                {"--jwt", kJwt, "requests", "comments", "101", "--since", "2000-01-01T00:00:00Z",
+                 "--agent-only"},
+                0,
+                {" (agent)  "}},
+        RunCase{"AgentOnlyNeedsSince",
+                {"--jwt", kJwt, "requests", "comments", "101", "--agent-only"},
+                2,
+                {},
+                "--agent-only requires --since"},
+        RunCase{"SinceMustBeAUtcTime",
+                {"requests", "comments", "101", "--since", "yesterday"},
+                2,
+                {},
+                "expected an ISO-8601 UTC time"},
+        RunCase{"FieldWithoutNumericId",
+                {"requests", "create", "--field", "color=red"},
+                2,
+                {},
+                "expected ID=VALUE with a numeric ID"},
+        RunCase{"MarkReadOfARequestNotStored",
+                {"requests", "mark-read", "101", "1"},
+                1,
+                {},
+                "error: Request 101 is not in this device's request store"},
+        RunCase{"FormsWithTheirFields",
+                {"--json", "forms", "360000040001"},
+                0,
+                {R"({"ticketForms":[{"formId":360000040001,)", R"("ticketFields":[{"fieldId":)"}},
+        RunCase{"FormsAsTables",
+                {"forms", "360000040001", "360000040002"},
+                0,
+                {"Form 360000040001  ", "  REQUIRED  ", "\n2 forms\n"}},
+        RunCase{"NoFormIdIsAUsageError", {"forms"}, 2, {}, "ID is required"}),
     [](const auto& param) { return std::string(param.param.name); });
 
 constexpr std::int64_t kArticle = 360000030017;
@@ -205,6 +267,69 @@ TEST_F(QvkProcess, VoteWithVotingOffReportsTheFirstAnswer) {
             R"({"error":{"domain":"com.quorvel.support","code":2001,"description":)"
             R"("Help Center Article Voting is disabled, can't execute network request"}})"
             "\n");
+}
+
+// A request created in one qvk process, as the next ones see it.
+class QvkRequestState : public QvkProcess {
+ protected:
+  void SetUp() override {
+    QvkProcess::SetUp();
+    auto created = qvk({"--json", "requests", "create", "--subject", "Broken zip", "--description",
+                        "It does not open", "--tag", "zip", "--field", "360000050005=ABC-1234"});
+    ASSERT_EQ(created.status, 0) << created.err;
+    auto json = boost::json::parse(created.out);
+    id_ = std::string(json.at_pointer("/request/id").as_string());
+  }
+
+  // `requests updates` in a process of its own, as a document.
+  boost::json::value updates() const {
+    auto result = qvk({"--json", "requests", "updates"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    return boost::json::parse(result.out);
+  }
+
+  std::string id_;
+};
+
+TEST_F(QvkRequestState, CreateSendsTheFieldsAndTheNextProcessListsIt) {
+  auto stored = boost::json::parse(emulator_->get("/_emulator/requests/" + id_).body);
+  EXPECT_EQ(stored.at_pointer("/request/custom_fields/0/value"), "ABC-1234") << stored;
+  auto listed = qvk({"--json", "requests", "list"});
+  ASSERT_EQ(listed.status, 0) << listed.err;
+  EXPECT_NE(listed.out.find(R"({"id":")" + id_ + R"(",)"), std::string::npos) << listed.out;
+  EXPECT_NE(listed.out.find(R"("subject":"Broken zip")"), std::string::npos) << listed.out;
+}
+
+TEST_F(QvkRequestState, AnAgentsReplyIsUnreadUntilMarkedRead) {
+  ASSERT_EQ(emulator_
+                ->control("POST", "/_emulator/requests/" + id_ + "/comments",
+                          R"({"body":"Try another archiver."})")
+                .status,
+            201);
+  // The list refreshes the stored counters; updates then answers from them.
+  auto listed = qvk({"requests", "list"});
+  ASSERT_EQ(listed.status, 0) << listed.err;
+  EXPECT_NE(listed.out.find("  *\n"), std::string::npos) << listed.out;
+  const auto unread = boost::json::object{{"requestUpdates", {{id_, 1}}}, {"totalUpdates", 1}};
+  EXPECT_EQ(updates(), unread);
+  auto marked = qvk({"requests", "mark-read", id_, "2"});
+  ASSERT_EQ(marked.status, 0) << marked.err;
+  const auto read =
+      boost::json::object{{"requestUpdates", boost::json::object{}}, {"totalUpdates", 0}};
+  EXPECT_EQ(updates(), read);
+  ASSERT_EQ(qvk({"requests", "mark-unread", id_}).status, 0);
+  EXPECT_EQ(updates(), unread);
+}
+
+TEST_F(QvkRequestState, ACommentByTheUserCountsAsRead) {
+  auto listed = qvk({"requests", "list"});
+  ASSERT_EQ(listed.status, 0) << listed.err;
+  auto comment = qvk({"--json", "requests", "comment", id_, "Still broken"});
+  ASSERT_EQ(comment.status, 0) << comment.err;
+  EXPECT_NE(comment.out.find(R"("body":"Still broken")"), std::string::npos) << comment.out;
+  const auto none =
+      boost::json::object{{"requestUpdates", boost::json::object{}}, {"totalUpdates", 0}};
+  EXPECT_EQ(updates(), none);
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 #include "velmaro/requests/request_comment_operations.h"
 
-#include "quorvel/quorvel.h"
-#include "velmaro/blips/request_blips.h"
 #include <boost/json/serialize.hpp>
 
+#include "quorvel/quorvel.h"
+#include "velmaro/blips/request_blips.h"
 #include "velmaro/core/answer_parsing.h"
 #include "velmaro/requests/qvk_comments_response.h"
 #include "velmaro/requests/request_notifications.h"
@@ -112,7 +112,9 @@ void RequestCommentOperations::addComment(
   request.success = QVKAPI_CommentSubmissionSuccess;
   request.failures = {QVKAPI_CommentSubmissionError};
   // An answer that is JSON without a "request" is not answered at all.
-  // (Malformed JSON is answered: the parse error goes to the callback.)
+  // Malformed JSON is answered: the parse error goes to the callback, and,
+  // the call having succeeded, no failure is announced.
+  request.parseFailure = ProviderRequest<QVKComment>::ParseFailure::postsNothing;
   request.answers = [](const QVKDispatcherResponse& response) {
     boost::system::error_code ec;
     const auto value = boost::json::parse(response.data.value_or(""), ec);

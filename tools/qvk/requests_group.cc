@@ -1,0 +1,342 @@
+#include "tools/qvk/requests_group.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <boost/json/parse.hpp>
+
+#include "quorvel/platform/notification_center.h"
+#include "tools/qvk/client_errors.h"
+#include "tools/qvk/field_argument.h"
+#include "tools/qvk/library_call.h"
+#include "tools/qvk/requests_tables.h"
+#include "velmaro/requests/qvk_request_provider.h"
+#include "velmaro/requests/request_notifications.h"
+#include "velmaro/storage/request_storage.h"
+#include "velmaro/util/qvk_date_util.h"
+
+namespace qvk {
+
+namespace {
+
+using velmaro::QVKCommentWithUser;
+using velmaro::QVKRequest;
+using velmaro::QVKRequestProvider;
+using velmaro::RequestUpdates;
+
+template <class T>
+boost::json::value listJson(const std::optional<std::vector<T>>& records) {
+  if (!records) return nullptr;
+  boost::json::array list;
+  for (const auto& record : *records) list.push_back(record.toJson());
+  return list;
+}
+
+// A comment with its author under "user" (null when the author is unknown).
+boost::json::object commentJson(const QVKCommentWithUser& comment) {
+  auto json = comment.comment().toJson();
+  json["user"] = comment.user() ? boost::json::value(comment.user()->toJson()) : nullptr;
+  return json;
+}
+
+std::optional<RequestUpdates> storedUpdates(const CommandContext& context) {
+  if (!context.session.core()) return std::nullopt;
+  auto storage = velmaro::RequestStorage::initWithQuorvel(*context.session.core());
+  return RequestUpdates::calculateRequestUpdates(storage.getRequests());
+}
+
+std::string timeCheck(const std::string& text) {
+  if (velmaro::QVKDateUtil::dateForJsonString(text)) return {};
+  return "expected an ISO-8601 UTC time such as 2026-01-02T03:04:05Z: " + text;
+}
+
+// The request of a create answer, as the provider announces it in its
+// success notification; from the answer's own body should the notification
+// not have come.
+QVKRequest createdRequest(const std::shared_ptr<std::optional<QVKRequest>>& announced,
+                          const velmaro::QVKDispatcherResponse& response) {
+  if (*announced) return **announced;
+  boost::system::error_code error;
+  auto body = boost::json::parse(response.data.value_or(""), error);
+  const auto* request = error ? nullptr : body.as_object().if_contains("request");
+  if (request == nullptr || !request->is_object()) return {};
+  return QVKRequest::initWithDict(request->get_object());
+}
+
+velmaro::QVKCreateRequest createRequest(const RequestsArguments& arguments) {
+  velmaro::QVKCreateRequest request;
+  request.subject = arguments.subject;
+  request.requestDescription = arguments.description;
+  request.tags = arguments.tags.value_or(std::vector<std::string>{});
+  // No --token: the attachment list stays unset, and the body has no "uploads".
+  if (arguments.tokens) request.setAttachments(*arguments.tokens);
+  for (const auto& field : arguments.fields.value_or(std::vector<std::string>{})) {
+    // Checked on the command line already.
+    if (auto parsed = FieldArgument::parse(field)) request.customFields.push_back(*parsed);
+  }
+  request.ticketFormId = arguments.formId;
+  return request;
+}
+
+std::optional<std::vector<velmaro::QVKUploadResponse>> uploads(
+    const std::optional<std::vector<std::string>>& tokens) {
+  if (!tokens) return std::nullopt;
+  std::vector<velmaro::QVKUploadResponse> responses;
+  for (const auto& token : *tokens) {
+    velmaro::QVKUploadResponse response;
+    response.uploadToken = token;
+    responses.push_back(std::move(response));
+  }
+  return responses;
+}
+
+// The stored counters of one request after a mark.
+int printStored(CommandContext& context, const velmaro::RequestForStorage& record,
+                const char* what) {
+  if (context.output.json()) {
+    context.output.document(boost::json::object{{"requestId", record.requestId()},
+                                                {"commentCount", record.commentCount()},
+                                                {"readCommentCount", record.readCommentCount()}});
+  } else {
+    context.output.text() << "Request " << record.requestId() << " marked " << what << " ("
+                          << record.readCommentCount() << " of " << record.commentCount()
+                          << " comments read)\n";
+    context.output.text().flush();
+  }
+  return 0;
+}
+
+}  // namespace
+
+void RequestsGroup::declare(CLI::App& root) {
+  auto* requests = root.add_subcommand("requests",
+                                       "The user's support requests: list, read, create, comment, "
+                                       "unread counters");
+  requests->require_subcommand(1);
+  declareReading(requests);
+  declareWriting(requests);
+  declareReadTracking(requests);
+}
+
+void RequestsGroup::requestId(CLI::App* command) {
+  command->add_option("ID", arguments_.requestId, "Request id")->required();
+}
+
+void RequestsGroup::tokens(CLI::App* command) {
+  command->add_option("--token", arguments_.tokens, "An upload token to attach (repeatable)")
+      ->type_name("TOKEN")
+      ->allow_extra_args(false);
+}
+
+void RequestsGroup::declareReading(CLI::App* requests) {
+  command(requests, "list", "List the user's requests", &RequestsGroup::list)
+      ->add_option("--status", arguments_.status,
+                   "Only these statuses, comma-separated as the service takes them "
+                   "(open,pending)")
+      ->type_name("LIST");
+  requestId(command(requests, "show", "Show one request", &RequestsGroup::show));
+
+  auto* comments =
+      command(requests, "comments", "List a request's comments", &RequestsGroup::comments);
+  requestId(comments);
+  auto* since = comments
+                    ->add_option("--since", arguments_.since,
+                                 "Only comments since this UTC time (2026-01-02T03:04:05Z)")
+                    ->type_name("TIME")
+                    ->check(timeCheck);
+  comments->add_flag("--agent-only", arguments_.agentOnly, "Only agents' comments (with --since)")
+      ->needs(since);
+}
+
+void RequestsGroup::declareWriting(CLI::App* requests) {
+  auto* create = command(requests, "create", "Create a request", &RequestsGroup::create);
+  create->add_option("--subject", arguments_.subject, "Subject")->type_name("S");
+  create->add_option("--description", arguments_.description, "Description (the first comment)")
+      ->type_name("D");
+  create->add_option("--tag", arguments_.tags, "A tag (repeatable)")
+      ->type_name("T")
+      ->allow_extra_args(false);
+  create
+      ->add_option("--field", arguments_.fields,
+                   "A custom field value, JSON when it parses as JSON (repeatable)")
+      ->type_name("ID=VALUE")
+      ->allow_extra_args(false)
+      ->check(FieldArgument::check);
+  create->add_option("--form", arguments_.formId, "Ticket form id")->type_name("ID");
+  tokens(create);
+
+  auto* comment =
+      command(requests, "comment", "Add a comment to a request", &RequestsGroup::comment);
+  requestId(comment);
+  comment->add_option("TEXT", arguments_.text, "The comment")->required();
+  tokens(comment);
+}
+
+void RequestsGroup::declareReadTracking(CLI::App* requests) {
+  command(requests, "updates", "Unread comments per request, from the device's counters",
+          &RequestsGroup::updates);
+  auto* markRead =
+      command(requests, "mark-read", "Mark a request's comments read", &RequestsGroup::markRead);
+  requestId(markRead);
+  markRead->add_option("COUNT", arguments_.commentCount, "Comments read")
+      ->required()
+      ->check(CLI::NonNegativeNumber);
+  requestId(command(requests, "mark-unread", "Mark a request unread", &RequestsGroup::markUnread));
+}
+
+int RequestsGroup::list(CommandContext& context) const {
+  QVKRequestProvider provider(context.session.core());
+  auto answer =
+      LibraryCall::await<velmaro::QVKRequestsWithCommentingAgents>(context.session, [&](auto cb) {
+        if (arguments_.status) {
+          provider.getRequestsByStatus(arguments_.status, std::move(cb));
+        } else {
+          provider.getAllRequests(std::move(cb));
+        }
+      });
+  if (!answer) return context.output.error(answer.error());
+  if (context.output.json()) {
+    context.output.document(
+        boost::json::object{{"requests", listJson(answer->requests)},
+                            {"commentingAgents", listJson(answer->commentingAgents)}});
+    return 0;
+  }
+  context.output.table(RequestsTables::of(answer->requests.value_or(std::vector<QVKRequest>{}),
+                                          storedUpdates(context)));
+  return 0;
+}
+
+int RequestsGroup::show(CommandContext& context) const {
+  QVKRequestProvider provider(context.session.core());
+  auto request = LibraryCall::await<QVKRequest>(context.session, [&](auto cb) {
+    provider.getRequestById(arguments_.requestId, std::move(cb));
+  });
+  if (!request) return context.output.error(request.error());
+  if (context.output.json()) {
+    context.output.document(boost::json::object{{"request", request->toJson()}});
+  } else {
+    context.output.table(RequestsTables::of({*request}, storedUpdates(context)));
+  }
+  return 0;
+}
+
+int RequestsGroup::comments(CommandContext& context) const {
+  QVKRequestProvider provider(context.session.core());
+  auto comments =
+      LibraryCall::await<std::vector<QVKCommentWithUser>>(context.session, [&](auto cb) {
+        if (!arguments_.since) {
+          provider.getCommentsWithRequestId(arguments_.requestId, std::move(cb));
+          return;
+        }
+        provider.getCommentsWithRequestId(
+            arguments_.requestId, velmaro::QVKDateUtil::dateForJsonString(*arguments_.since),
+            arguments_.agentOnly, std::move(cb));
+      });
+  if (!comments) return context.output.error(comments.error());
+  if (!context.output.json()) {
+    context.output.table(RequestsTables::of(*comments));
+    return 0;
+  }
+  boost::json::array list;
+  for (const auto& comment : *comments) list.push_back(commentJson(comment));
+  context.output.document(boost::json::object{{"comments", std::move(list)}});
+  return 0;
+}
+
+int RequestsGroup::create(CommandContext& context) const {
+  QVKRequestProvider provider(context.session.core());
+  // The success notification is posted on the main queue before the
+  // callback's task runs there, so it has been seen once the answer is in.
+  auto announced = std::make_shared<std::optional<QVKRequest>>();
+  auto registration = quorvel::platform::NotificationCenter::defaultCenter().observe(
+      velmaro::QVKAPI_RequestSubmissionSuccess, nullptr,
+      [announced](const quorvel::platform::Notification& notification) {
+        const auto found = notification.userInfo.find("request");
+        if (found == notification.userInfo.end()) return;
+        if (const auto* request = std::any_cast<QVKRequest>(&found->second)) *announced = *request;
+      });
+  auto response = LibraryCall::await<velmaro::QVKDispatcherResponse>(context.session, [&](auto cb) {
+    provider.createRequest(createRequest(arguments_), std::move(cb));
+  });
+  if (!response) return context.output.error(response.error());
+  const auto request = createdRequest(announced, *response);
+  if (context.output.json()) {
+    context.output.document(boost::json::object{{"request", request.toJson()}});
+  } else {
+    context.output.text() << request.requestId.value_or("") << "\n";
+    context.output.text().flush();
+  }
+  return 0;
+}
+
+int RequestsGroup::comment(CommandContext& context) const {
+  QVKRequestProvider provider(context.session.core());
+  auto comment = LibraryCall::await<velmaro::QVKComment>(context.session, [&](auto cb) {
+    if (arguments_.tokens) {
+      provider.addComment(arguments_.text, arguments_.requestId, uploads(arguments_.tokens),
+                          std::move(cb));
+    } else {
+      provider.addComment(arguments_.text, arguments_.requestId, std::move(cb));
+    }
+  });
+  if (!comment) return context.output.error(comment.error());
+  if (context.output.json()) {
+    context.output.document(boost::json::object{{"comment", comment->toJson()}});
+  } else {
+    context.output.table(
+        RequestsTables::of(std::vector<QVKCommentWithUser>{{*comment, std::nullopt}}));
+  }
+  return 0;
+}
+
+int RequestsGroup::updates(CommandContext& context) const {
+  QVKRequestProvider provider(context.session.core());
+  Answer<RequestUpdates> answer;
+  provider.getUpdatesForDevice(answer.valueCallback());
+  if (!context.session.waitUntil([&] { return answer.arrived(); })) {
+    return context.output.error(ClientErrors::noAnswer(context.session.answerTimeout()));
+  }
+  const auto& updates = answer.value();
+  if (context.output.json()) {
+    if (!updates) {
+      context.output.document(boost::json::object{{"requestUpdates", nullptr}});
+      return 0;
+    }
+    boost::json::object perRequest;
+    for (const auto& [id, count] : updates->requestUpdates()) perRequest[id] = count;
+    context.output.document(boost::json::object{{"requestUpdates", std::move(perRequest)},
+                                                {"totalUpdates", updates->totalUpdates()}});
+    return 0;
+  }
+  if (!updates) {
+    // The library answers nothing when conversations are off, and when the
+    // counters were stale and the fetch that refreshed them found requests.
+    context.output.text() << "No updates answered (the counters may just have been refreshed: "
+                             "ask again)\n";
+  } else {
+    RequestsTables::of(*updates).print(context.output.text());
+    context.output.text() << updates->totalUpdates() << " unread in total\n";
+  }
+  context.output.text().flush();
+  return 0;
+}
+
+int RequestsGroup::markRead(CommandContext& context) const {
+  const auto id = arguments_.requestId.value_or("");
+  auto storage = velmaro::RequestStorage::initWithQuorvel(*context.session.core());
+  if (!storage.getRequestForId(id)) return context.output.error(ClientErrors::notStored(id));
+  QVKRequestProvider(context.session.core()).markRequestAsRead(id, arguments_.commentCount);
+  return printStored(context, *storage.getRequestForId(id), "read");
+}
+
+int RequestsGroup::markUnread(CommandContext& context) const {
+  const auto id = arguments_.requestId.value_or("");
+  auto storage = velmaro::RequestStorage::initWithQuorvel(*context.session.core());
+  if (!storage.getRequestForId(id)) return context.output.error(ClientErrors::notStored(id));
+  QVKRequestProvider(context.session.core()).markRequestAsUnread(id);
+  return printStored(context, *storage.getRequestForId(id), "unread");
+}
+
+}  // namespace qvk
