@@ -4,59 +4,91 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
 #include <unistd.h>
 
 namespace quorvel::platform {
 
+namespace {
+
+// A file SQLite cannot read as a database: only this is moved aside. A busy
+// or locked one (another process opening, converting or writing it at the
+// same moment) is healthy and is waited for instead.
+bool isDamaged(int result) {
+  return result == SQLITE_CORRUPT || result == SQLITE_NOTADB;
+}
+
+bool isBusy(int result) {
+  return result == SQLITE_BUSY || result == SQLITE_LOCKED;
+}
+
+// Opening attempts while the file stays busy, each after the busy timeout.
+constexpr int kOpenAttempts = 3;
+constexpr int kBusyTimeoutMs = 2000;
+
+}  // namespace
+
 SqliteDatabase::SqliteDatabase(std::filesystem::path file, std::string schema, ProblemLog problems)
     : path_(std::move(file)), schema_(std::move(schema)), problems_(std::move(problems)) {
-  if (open(path_.string())) {
+  int result = openWaitingWhileBusy();
+  if (result == SQLITE_OK) {
     persistent_ = true;
     return;
   }
-  close();
   std::error_code ec;
-  if (std::filesystem::exists(path_, ec)) {
+  if (isDamaged(result) && std::filesystem::exists(path_, ec)) {
     moveAside();
-    if (open(path_.string())) {
+    result = openWaitingWhileBusy();
+    if (result == SQLITE_OK) {
       persistent_ = true;
       return;
     }
-    close();
   }
   if (problems_) {
-    problems_(
-        fmt::format("Cannot open {}; keeping its data in memory for this run", path_.string()));
+    problems_(fmt::format("Cannot open {} ({}); keeping its data in memory for this run",
+                          path_.string(), sqlite3_errstr(result)));
   }
   open(":memory:");
+}
+
+int SqliteDatabase::openWaitingWhileBusy() {
+  int result = SQLITE_BUSY;
+  for (int attempt = 0; attempt < kOpenAttempts && isBusy(result); ++attempt) {
+    result = open(path_.string());
+    if (result != SQLITE_OK) close();
+  }
+  return result;
 }
 
 SqliteDatabase::~SqliteDatabase() {
   close();
 }
 
-bool SqliteDatabase::open(const std::string& target) {
+int SqliteDatabase::open(const std::string& target) {
   if (target != ":memory:") {
     std::error_code ec;
     std::filesystem::create_directories(path_.parent_path(), ec);
-    // Created with the user's permissions only; SQLite gives its WAL and
-    // shared-memory files the mode of the database file.
+    // Readable by the user only, also when another program made the file;
+    // SQLite gives its WAL and shared-memory files the mode of the database.
     const int fd = ::open(target.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (fd < 0) return false;
+    if (fd < 0) return SQLITE_CANTOPEN;
+    ::fchmod(fd, 0600);
     ::close(fd);
   }
-  if (sqlite3_open_v2(target.c_str(), &db_,
-                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
-                      nullptr) != SQLITE_OK) {
-    return false;
-  }
-  sqlite3_busy_timeout(db_, 2000);
+  const int opened =
+      sqlite3_open_v2(target.c_str(), &db_,
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  if (opened != SQLITE_OK) return opened & 0xff;
+  sqlite3_busy_timeout(db_, kBusyTimeoutMs);
   // journal_mode is the first statement that reads the file, so a file that
   // is not a database fails here.
-  return execute("PRAGMA journal_mode=WAL") && execute("PRAGMA synchronous=NORMAL") &&
-         execute(schema_.c_str());
+  for (const char* sql :
+       {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", schema_.c_str()}) {
+    if (!execute(sql)) return sqlite3_errcode(db_) & 0xff;
+  }
+  return SQLITE_OK;
 }
 
 void SqliteDatabase::close() {

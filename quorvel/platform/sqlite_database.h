@@ -11,9 +11,10 @@ namespace quorvel::platform {
 
 // One SQLite connection for one store (user defaults; the core library's
 // session store, HTTP cache and blip queue). The file is made readable by the
-// user only and kept in WAL mode. A file that is not a usable database is
-// moved aside (suffix ".corrupt-<seconds since 1970>") and a fresh one made;
-// if no file can be made at all the store lives in memory for this process.
+// user only and kept in WAL mode. A file that SQLite finds damaged or not a
+// database is moved aside (suffix ".corrupt-<seconds since 1970>") and a fresh
+// one made; a busy one is waited for (a few busy timeouts), never moved; if no
+// file can be used at all the store lives in memory for this process.
 // Either is told to `problems`, one line each. Not thread-safe: its owner
 // locks.
 class SqliteDatabase {
@@ -41,7 +42,9 @@ class SqliteDatabase {
   bool checkpoint();
 
  private:
-  bool open(const std::string& target);
+  // SQLITE_OK, or SQLite's primary result code for the first failure.
+  int open(const std::string& target);
+  int openWaitingWhileBusy();
   void close();
   void moveAside();
 

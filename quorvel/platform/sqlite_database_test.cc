@@ -1,12 +1,15 @@
 #include "quorvel/platform/sqlite_database.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include "quorvel/platform/sqlite_statement.h"
@@ -19,7 +22,7 @@ namespace fs = std::filesystem;
 constexpr const char* kSchema = "CREATE TABLE IF NOT EXISTS t (v TEXT NOT NULL)";
 
 // What is at the database's path before it is opened.
-enum class Before { nothing, garbage, noPlaceForAFile };
+enum class Before { nothing, garbage, noPlaceForAFile, lockedPastTheBusyTimeout };
 
 struct OpenCase {
   const char* name;
@@ -35,13 +38,34 @@ class SqliteDatabaseTest : public testing::TestWithParam<OpenCase> {
     dir_ = fs::temp_directory_path() / ("sqlite-test-" + std::to_string(std::random_device{}()));
     fs::create_directories(dir_);
   }
-  void TearDown() override { fs::remove_all(dir_); }
+  void TearDown() override {
+    if (holder_.joinable()) holder_.join();
+    fs::remove_all(dir_);
+  }
 
-  fs::path fileFor(Before before) const {
+  fs::path fileFor(Before before) {
     if (before == Before::noPlaceForAFile) return "/proc/no-such-dir/store.sqlite";
     const auto file = dir_ / "store.sqlite";
     if (before == Before::garbage) std::ofstream(file, std::ios::binary) << std::string(8192, 'g');
+    if (before == Before::lockedPastTheBusyTimeout) holdLocked(file);
     return file;
+  }
+
+  // Another process's connection holds the file's write lock a little longer
+  // than one busy timeout (a rollback journal, so that readers wait too).
+  void holdLocked(const fs::path& file) {
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other,
+                           "CREATE TABLE t (v TEXT NOT NULL); INSERT INTO t VALUES ('kept'); "
+                           "BEGIN EXCLUSIVE; INSERT INTO t VALUES ('later')",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    holder_ = std::jthread([other] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+      sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr);
+      sqlite3_close(other);
+    });
   }
 
   int asides() const {
@@ -58,6 +82,7 @@ class SqliteDatabaseTest : public testing::TestWithParam<OpenCase> {
 
   fs::path dir_;
   std::vector<std::string> problems_;
+  std::jthread holder_;
 };
 
 // Reopening a good file as it is: JsonKeyValueStoreTest.
@@ -87,7 +112,10 @@ INSTANTIATE_TEST_SUITE_P(Files, SqliteDatabaseTest,
                                          OpenCase{"CorruptFileMovedAside", Before::garbage, true, 1,
                                                   1},
                                          OpenCase{"NoPlaceForAFileKeepsItInMemory",
-                                                  Before::noPlaceForAFile, false, 0, 1}),
+                                                  Before::noPlaceForAFile, false, 0, 1},
+                                         // Processes starting together: busy is not damaged.
+                                         OpenCase{"BusyFileIsWaitedForAndKept",
+                                                  Before::lockedPastTheBusyTimeout, true, 0, 0}),
                          [](const auto& param) { return std::string(param.param.name); });
 
 }  // namespace
