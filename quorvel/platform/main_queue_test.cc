@@ -1,6 +1,7 @@
 // Run loop and serial thread queue: ordering, threads, lifetimes.
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <numeric>
 #include <thread>
 #include <vector>
@@ -40,6 +41,25 @@ TEST(RunLoopTest, IsCurrentOnlyWhilePumpingOnThatThread) {
   loop.runPending();
   EXPECT_TRUE(insideTask);
   EXPECT_FALSE(fromOtherThread);
+}
+
+TEST(RunLoopTest, CurrentIsThePumpedLoopElseTheLastOneMadeOnThisThread) {
+  RunLoop first;
+  auto second = std::make_unique<RunLoop>();
+  EXPECT_EQ(RunLoop::current(), second.get());
+  RunLoop* whilePumpingFirst = nullptr;
+  RunLoop* onAnotherThread = &first;
+  first.post([&] {
+    whilePumpingFirst = RunLoop::current();
+    std::thread([&] { onAnotherThread = RunLoop::current(); }).join();
+  });
+  first.runPending();
+  EXPECT_EQ(whilePumpingFirst, &first);
+  EXPECT_EQ(onAnotherThread, nullptr);
+  RunLoop* gone = second.get();
+  second.reset();
+  EXPECT_EQ(RunLoop::current(), &first);
+  RunLoop::removeSourceIfAlive(gone, nullptr);  // a dead loop is not touched (ASan would see it)
 }
 
 TEST(RunLoopTest, DestroyingDropsQueuedTasksWithoutRunningThem) {

@@ -19,11 +19,38 @@ int pollTimeout(std::chrono::steady_clock::time_point deadline) {
   return static_cast<int>(std::min<std::int64_t>(milliseconds, 24 * 3600 * 1000));
 }
 
+// Every loop that exists, with the thread that made it, so that current()
+// finds a thread's loop and removeSourceIfAlive() never touches a dead one.
+struct LiveLoop {
+  RunLoop* loop;
+  std::thread::id maker;
+};
+
+std::mutex& liveLoopsMutex() {
+  static std::mutex m;
+  return m;
+}
+
+std::vector<LiveLoop>& liveLoops() {
+  static std::vector<LiveLoop> loops;
+  return loops;
+}
+
 }  // namespace
 
-RunLoop::RunLoop() = default;
+RunLoop::RunLoop() {
+  std::lock_guard lock(liveLoopsMutex());
+  liveLoops().push_back(LiveLoop{this, std::this_thread::get_id()});
+}
 
 RunLoop::~RunLoop() {
+  {
+    std::lock_guard lock(liveLoopsMutex());
+    auto& loops = liveLoops();
+    loops.erase(std::remove_if(loops.begin(), loops.end(),
+                               [this](const LiveLoop& live) { return live.loop == this; }),
+                loops.end());
+  }
   // Destroy the queued tasks outside the lock: their captures may post again.
   std::deque<Task> dropped;
   {
@@ -102,6 +129,27 @@ void RunLoop::addSource(std::shared_ptr<RunLoopSource> source) {
 void RunLoop::removeSource(const std::shared_ptr<RunLoopSource>& source) {
   std::lock_guard lock(mutex_);
   sources_.erase(std::remove(sources_.begin(), sources_.end(), source), sources_.end());
+}
+
+RunLoop* RunLoop::current() {
+  const auto self = std::this_thread::get_id();
+  std::lock_guard lock(liveLoopsMutex());
+  RunLoop* made = nullptr;
+  for (const auto& live : liveLoops()) {
+    if (live.loop->isCurrent()) return live.loop;
+    if (live.maker == self) made = live.loop;
+  }
+  return made;
+}
+
+void RunLoop::removeSourceIfAlive(RunLoop* loop, const std::shared_ptr<RunLoopSource>& source) {
+  // Held while removing, so that the loop cannot be destroyed meanwhile; its
+  // destructor takes this lock before anything else.
+  std::lock_guard lock(liveLoopsMutex());
+  const auto& loops = liveLoops();
+  const bool alive = std::any_of(loops.begin(), loops.end(),
+                                 [loop](const LiveLoop& live) { return live.loop == loop; });
+  if (alive) loop->removeSource(source);
 }
 
 std::size_t RunLoop::pump(const std::function<bool()>& done, Clock::time_point deadline,

@@ -51,6 +51,14 @@ class RunLoop final : public MainQueue {
   void addSource(std::shared_ptr<RunLoopSource> source);
   void removeSource(const std::shared_ptr<RunLoopSource>& source);
 
+  // The calling thread's run loop: the one it is pumping, else the last one
+  // made on it that still exists; null when it has none. Like a phone
+  // platform's current run loop, for work scheduled "on this thread's loop".
+  static RunLoop* current();
+  // removeSource on `loop` if it still exists; whoever kept a loop's address
+  // from current() uses this, since the loop may be gone by then.
+  static void removeSourceIfAlive(RunLoop* loop, const std::shared_ptr<RunLoopSource>& source);
+
  private:
   using Clock = std::chrono::steady_clock;
   using Sources = std::vector<std::shared_ptr<RunLoopSource>>;

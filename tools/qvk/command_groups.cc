@@ -2,6 +2,7 @@
 
 #include "tools/qvk/forms_group.h"
 #include "tools/qvk/hc_group.h"
+#include "tools/qvk/network_group.h"
 #include "tools/qvk/requests_group.h"
 #include "tools/qvk/settings_group.h"
 #include "tools/qvk/shell_group.h"
@@ -14,6 +15,7 @@ std::vector<std::unique_ptr<CommandGroup>> CommandGroups::all() {
   groups.push_back(std::make_unique<RequestsGroup>());
   groups.push_back(std::make_unique<FormsGroup>());
   groups.push_back(std::make_unique<SettingsGroup>());
+  groups.push_back(std::make_unique<NetworkGroup>());
   groups.push_back(std::make_unique<ShellGroup>());
   return groups;
 }

@@ -82,6 +82,13 @@ class QvkInvocation {
     return text.empty();
   }
 
+  // What the child wrote to standard output so far.
+  std::string outSoFar() const { return contents(out_); }
+  // Sends `signal` to the child while it runs.
+  bool signal(int signal) const {
+    return pid_ > 0 && status_ == kRunning && kill(pid_, signal) == 0;
+  }
+
   // Closes standard input and waits for the child's end, killing it after `timeout`.
   InvocationResult finish(std::chrono::seconds timeout = kTimeLimit) {
     if (inputFd_ >= 0) close(inputFd_);

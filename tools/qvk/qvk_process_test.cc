@@ -210,6 +210,15 @@ INSTANTIATE_TEST_SUITE_P(
                 1,
                 {},
                 "error: Request 101 is not in this device's request store"},
+        RunCase{"RefreshOfARequestNotStored",
+                {"requests", "refresh", "101"},
+                1,
+                {},
+                "error: Request 101 is not in this device's request store"},
+        RunCase{"NetworkStatusAsOneJsonLine",
+                {"--json", "network"},
+                0,
+                {R"({"status":)", R"(,"connectionRequired":false})"}},
         RunCase{"FormsWithTheirFields",
                 {"--json", "forms", "360000040001"},
                 0,
@@ -242,6 +251,18 @@ TEST_F(QvkProcess, ShellSendsTheViewWithTheLastSearchWhileWaitingForTheNextLine)
   EXPECT_EQ(session.status, 0) << session.err;
   // The line after `exit` never ran.
   EXPECT_EQ(session.out.find("categories"), std::string::npos) << session.out;
+}
+
+TEST_F(QvkProcess, NetworkWatchEndsWith130OnInterrupt) {
+  QvkInvocation watch(QVK_BINARY, {"--url", emulator_->url(), "--data-dir", dataDir_, "--json",
+                                   "network", "--watch"});
+  for (int poll = 0; poll < 200 && watch.outSoFar().find('\n') == std::string::npos; ++poll) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(25));
+  }
+  ASSERT_TRUE(watch.signal(SIGINT));
+  const auto result = watch.finish(std::chrono::seconds(10));
+  EXPECT_EQ(result.status, 130) << result.err;
+  EXPECT_EQ(result.out.rfind(R"({"status":)", 0), 0U) << result.out;
 }
 
 TEST_F(QvkProcess, ArticleViewAndItsBlipReachTheServiceBeforeExit) {
@@ -318,6 +339,11 @@ TEST_F(QvkRequestState, AnAgentsReplyIsUnreadUntilMarkedRead) {
       boost::json::object{{"requestUpdates", boost::json::object{}}, {"totalUpdates", 0}};
   EXPECT_EQ(updates(), read);
   ASSERT_EQ(qvk({"requests", "mark-unread", id_}).status, 0);
+  EXPECT_EQ(updates(), unread);
+  ASSERT_EQ(qvk({"requests", "mark-read", id_, "2"}).status, 0);
+  // No view is open in qvk: the refresh signal marks the request unread.
+  auto refreshed = qvk({"requests", "refresh", id_});
+  ASSERT_EQ(refreshed.status, 0) << refreshed.err;
   EXPECT_EQ(updates(), unread);
 }
 

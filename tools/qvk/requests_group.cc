@@ -12,6 +12,7 @@
 #include "tools/qvk/field_argument.h"
 #include "tools/qvk/library_call.h"
 #include "tools/qvk/requests_tables.h"
+#include "velmaro/core/support.h"
 #include "velmaro/requests/qvk_request_provider.h"
 #include "velmaro/requests/request_notifications.h"
 #include "velmaro/storage/request_storage.h"
@@ -184,6 +185,8 @@ void RequestsGroup::declareReadTracking(CLI::App* requests) {
       ->required()
       ->check(CLI::NonNegativeNumber);
   requestId(command(requests, "mark-unread", "Mark a request unread", &RequestsGroup::markUnread));
+  requestId(command(requests, "refresh", "Signal news on a request, as a push would",
+                    &RequestsGroup::refresh));
 }
 
 int RequestsGroup::list(CommandContext& context) const {
@@ -337,6 +340,17 @@ int RequestsGroup::markUnread(CommandContext& context) const {
   if (!storage.getRequestForId(id)) return context.output.error(ClientErrors::notStored(id));
   QVKRequestProvider(context.session.core()).markRequestAsUnread(id);
   return printStored(context, *storage.getRequestForId(id), "unread");
+}
+
+// qvk registers no action handler, so the signal marks the request unread:
+// a host's push handling can be tried from a shell.
+int RequestsGroup::refresh(CommandContext& context) const {
+  const auto id = arguments_.requestId.value_or("");
+  if (velmaro::Support::instance()->refreshRequest(id)) return 0;  // an open view took it
+  const auto stored =
+      velmaro::RequestStorage::initWithQuorvel(*context.session.core()).getRequestForId(id);
+  if (!stored) return context.output.error(ClientErrors::notStored(id));
+  return printStored(context, *stored, "unread");
 }
 
 }  // namespace qvk

@@ -32,6 +32,7 @@ class RequestsGroup final : public CommandGroup {
   int updates(CommandContext& context) const;
   int markRead(CommandContext& context) const;
   int markUnread(CommandContext& context) const;
+  int refresh(CommandContext& context) const;
 
   RequestsArguments arguments_;
 };

@@ -1,6 +1,7 @@
 #include "velmaro/core/support.h"
 
 #include "quorvel/core_logger.h"
+#include "velmaro/requests/qvk_request_provider.h"
 
 namespace velmaro {
 namespace {
@@ -49,6 +50,24 @@ std::optional<std::string> Support::helpCenterLocaleOverride() const {
 void Support::setHelpCenterLocaleOverride(std::optional<std::string> locale) {
   std::lock_guard lock(mutex_);
   helpCenterLocaleOverride_ = std::move(locale);
+}
+
+bool Support::refreshRequest(const std::string& requestId) const {
+  // The core library's own current object, which may differ from quorvel_:
+  // the handlers belong to whichever object the interface registered with.
+  const auto core = quorvel::Quorvel::instance();
+  if (!core) return false;
+  auto& registry = core->actionHandlerRegistry();
+  if (const auto handler = registry.handler(kRequestRefreshActionPrefix + requestId)) {
+    handler->handle(boost::json::object{{kRequestIdKey, requestId}});
+    return true;
+  }
+  if (const auto handler = registry.handler(kRequestListRefreshAction)) {
+    handler->handle(boost::json::object{});
+    return false;
+  }
+  QVKRequestProvider(core).markRequestAsUnread(requestId);
+  return false;
 }
 
 void Support::resetForTesting() {

@@ -38,6 +38,22 @@ class Support {
   std::optional<std::string> helpCenterLocaleOverride() const;
   void setHelpCenterLocaleOverride(std::optional<std::string> locale);
 
+  // The host's signal that request `requestId` has news on the service (a
+  // push, typically). Passed, through the current core object's action
+  // handler registry, to an open view of that request (true) or to an open
+  // request list; with neither, the request is marked unread. False without
+  // a current core object. Handlers run synchronously on the caller's thread.
+  bool refreshRequest(const std::string& requestId) const;
+  bool refreshRequestWithRequestId(const std::string& requestId) const {
+    return refreshRequest(requestId);
+  }
+
+  // Action names that the user-interface layer registers its handlers under,
+  // and the key of the request id it is handed.
+  static constexpr const char* kRequestRefreshActionPrefix = "Request_Controller_Refresh_id_";
+  static constexpr const char* kRequestListRefreshAction = "Request_List_Refresh";
+  static constexpr const char* kRequestIdKey = "request_id";
+
   // Forgets the instance, so that tests start clean.
   static void resetForTesting();
 
