@@ -18,4 +18,15 @@ Error ClientErrors::noSettings() {
                                 "The service's settings could not be loaded or decoded");
 }
 
+Error ClientErrors::fileTooLarge(const std::string& path, std::uintmax_t size, std::int64_t limit) {
+  return Error::withDescription(kDomain, kFileTooLarge,
+                                path + " is " + std::to_string(size) +
+                                    " bytes; this account accepts attachments of at most " +
+                                    std::to_string(limit) + " bytes");
+}
+
+Error ClientErrors::noImage() {
+  return Error::withDescription(kDomain, kNoImage, "The content is not an image qvk can decode");
+}
+
 }  // namespace qvk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 
 #include "quorvel/platform/error.h"
@@ -15,10 +16,16 @@ class ClientErrors {
   static constexpr long kMissingUrl = 1;
   static constexpr long kNoAnswer = 2;
   static constexpr long kNoSettings = 3;
+  static constexpr long kFileTooLarge = 4;
+  static constexpr long kNoImage = 5;
 
   static quorvel::platform::Error missingUrl();
   static quorvel::platform::Error noAnswer(std::chrono::milliseconds waited);
   static quorvel::platform::Error noSettings();
+  // The file is larger than the account's attachment limit.
+  static quorvel::platform::Error fileTooLarge(const std::string& path, std::uintmax_t size,
+                                               std::int64_t limit);
+  static quorvel::platform::Error noImage();
 };
 
 }  // namespace qvk
