@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <deque>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -226,6 +227,10 @@ class HttpTransport::Worker : public SocketObserver, public std::enable_shared_f
       int running = 0;
       curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
     }
+    // Transfers that could not start (a file not readable, cancelled before
+    // it started) are completed now, not at the next event.
+    std::move(handedOver_.begin(), handedOver_.end(), std::back_inserter(finished));
+    handedOver_.clear();
     updateTimer();
     return finished;
   }
@@ -255,26 +260,20 @@ class HttpTransport::Worker : public SocketObserver, public std::enable_shared_f
 
   // Cancelled transfers end at once, whether libcurl has them or they wait.
   void takeOutCancelled(std::vector<Finished>& finished) {
-    for (auto it = active_.begin(); it != active_.end();) {
-      if (!(*it)->cancelled()) {
-        ++it;
-        continue;
-      }
-      curl_multi_remove_handle(multi_, (*it)->easy());
-      ledger_.transferFinished((*it)->origin());
-      finished.push_back(finish(**it, CURLE_ABORTED_BY_CALLBACK));
-      it = active_.erase(it);
-    }
-    for (auto it = waiting_.begin(); it != waiting_.end();) {
-      const auto& transfer = it->request.transfer;
-      if (!transfer || !transfer->handle || !transfer->handle->cancelled()) {
-        ++it;
-        continue;
-      }
+    std::erase_if(active_, [&](const std::unique_ptr<HttpTransfer>& transfer) {
+      if (!transfer->cancelled()) return false;
+      curl_multi_remove_handle(multi_, transfer->easy());
+      ledger_.transferFinished(transfer->origin());
+      finished.push_back(finish(*transfer, CURLE_ABORTED_BY_CALLBACK));
+      return true;
+    });
+    std::erase_if(waiting_, [&](Pending& pending) {
+      const auto& options = pending.request.transfer;
+      if (!options || !options->handle || !options->handle->cancelled()) return false;
       finished.push_back(
-          {std::move(it->completion), TransportError::make(TransportErrorCode::kCancelled)});
-      it = waiting_.erase(it);
-    }
+          {std::move(pending.completion), TransportError::make(TransportErrorCode::kCancelled)});
+      return true;
+    });
   }
 
   bool onHostThread() const {
