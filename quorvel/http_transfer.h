@@ -2,11 +2,14 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 
 #include <curl/curl.h>
 
 #include "quorvel/platform/result.h"
+#include "quorvel/transfer_files.h"
 #include "quorvel/transport_request.h"
 
 namespace quorvel {
@@ -22,7 +25,7 @@ class HttpTransfer {
   using Completion = std::function<void(platform::Result<TransportResponse>)>;
 
   HttpTransfer(CURL* easy, TransportRequest request, Completion completion, SocketObserver& sockets,
-               std::size_t maxResponseBytes);
+               const TransportLimits& limits);
   ~HttpTransfer();
   HttpTransfer(const HttpTransfer&) = delete;
   HttpTransfer& operator=(const HttpTransfer&) = delete;
@@ -32,8 +35,11 @@ class HttpTransfer {
   static void configureHandle(CURL* easy, const TransportLimits& limits, CURLSH* share,
                               SocketObserver& sockets);
 
-  // Sets this transfer's own options on its handle.
-  void prepare();
+  // Sets this transfer's own options on its handle; an error when it cannot
+  // start (its body's file cannot be read, or it was cancelled already).
+  std::optional<platform::Error> prepare();
+  // The caller cancelled it.
+  bool cancelled() const;
 
   // What the finished transfer answers, given libcurl's result code.
   platform::Result<TransportResponse> outcome(CURLcode code);
@@ -53,13 +59,26 @@ class HttpTransfer {
   static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* user);
   static std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* user);
   static curl_socket_t openSocket(void* user, curlsocktype purpose, curl_sockaddr* address);
+  static int onProgress(void* user, curl_off_t downloadTotal, curl_off_t downloaded,
+                        curl_off_t uploadTotal, curl_off_t uploaded);
+  // The body, the timeouts and the progress of a transfer with options.
+  std::optional<platform::Error> prepareBody();
+  void prepareLimits();
+  bool sendsBody() const;
+  // A 2xx answer of a download to a file goes to the file.
+  bool bodyToFile() const;
+  void reportFinal();
 
   CURL* easy_;
   TransportRequest request_;
   Completion completion_;
   SocketObserver& sockets_;
   std::string origin_;
+  std::chrono::milliseconds requestTimeout_;
   std::size_t maxResponseBytes_;
+  std::size_t received_ = 0;
+  std::unique_ptr<TransferFiles> files_;
+  bool writeFailed_ = false;
   curl_slist* headerList_ = nullptr;
   TransportResponse response_;
   bool tooLarge_ = false;

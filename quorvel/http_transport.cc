@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <deque>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -13,10 +14,13 @@
 
 #include "quorvel/connection_ledger.h"
 #include "quorvel/core_logger.h"
+#include "quorvel/easy_handle_pool.h"
 #include "quorvel/http_transfer.h"
 #include "quorvel/platform/transport_error.h"
 #include "quorvel/socket_observer.h"
+#include "quorvel/transfer_handle.h"
 #include "quorvel/transport_poller.h"
+#include "quorvel/weak_run_loop_source.h"
 
 namespace quorvel {
 namespace {
@@ -44,7 +48,7 @@ platform::Error cancelledError() {
 // The libcurl state and the thread's loop. libcurl's handles are driven under
 // `driveMutex_`, by the transport's thread or, for a send on an idle
 // connection, by a submitting thread; the thread waits for events without it.
-class HttpTransport::Worker : public SocketObserver {
+class HttpTransport::Worker : public SocketObserver, public std::enable_shared_from_this<Worker> {
  public:
   struct Pending {
     TransportRequest request;
@@ -60,11 +64,11 @@ class HttpTransport::Worker : public SocketObserver {
     share_ = curl_share_init();
     curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
     curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+    pool_ = std::make_unique<EasyHandlePool>(limits_, share_, *this);
   }
 
   ~Worker() override {
-    // Closes the pooled connections, which reach socketClosed().
-    for (CURL* easy : idle_) curl_easy_cleanup(easy);
+    pool_.reset();
     curl_multi_cleanup(multi_);
     curl_share_cleanup(share_);
   }
@@ -76,6 +80,7 @@ class HttpTransport::Worker : public SocketObserver {
   // thread. False once stopping (the caller completes it).
   bool submit(TransportRequest& request, Completion& completion) {
     if (stopping_.load()) return false;
+    watchCancel(request);
     {
       std::unique_lock drive(driveMutex_, std::try_to_lock);
       if (drive.owns_lock() && !closed_ &&
@@ -95,6 +100,12 @@ class HttpTransport::Worker : public SocketObserver {
     // request is a wake-up for those that follow it before the thread looks.
     if (first) poller_.wake();
     return true;
+  }
+
+  // A cancelled transfer is taken out by the transport's thread, woken for it.
+  void cancelRequested() {
+    cancelSweep_.store(true);
+    poller_.wake();
   }
 
   // Marks the worker as stopping; false if it already was.
@@ -132,7 +143,7 @@ class HttpTransport::Worker : public SocketObserver {
     cancelActive();
   }
 
-  // The host's run loop (see HostSource), on the thread that pumps it.
+  // The host's run loop (through a WeakRunLoopSource), on the thread that pumps it.
   void attachHost() { hostAttached_.store(true); }
 
   void hostLoopEntered() {
@@ -200,6 +211,7 @@ class HttpTransport::Worker : public SocketObserver {
     for (auto& pending : incoming) waiting_.push_back(std::move(pending));
     auto finished = std::move(handedOver_);
     handedOver_.clear();
+    if (cancelSweep_.exchange(false)) takeOutCancelled(finished);
     // Transfers that finish free a place for a waiting one: round and round
     // until neither happens.
     bool started = startWaiting();
@@ -215,6 +227,10 @@ class HttpTransport::Worker : public SocketObserver {
       int running = 0;
       curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
     }
+    // Transfers that could not start (a file not readable, cancelled before
+    // it started) are completed now, not at the next event.
+    std::move(handedOver_.begin(), handedOver_.end(), std::back_inserter(finished));
+    handedOver_.clear();
     updateTimer();
     return finished;
   }
@@ -233,6 +249,31 @@ class HttpTransport::Worker : public SocketObserver {
       started = true;
     }
     return started;
+  }
+
+  void watchCancel(const TransportRequest& request) {
+    if (!request.transfer || !request.transfer->handle) return;
+    request.transfer->handle->onCancel([weak = weak_from_this()] {
+      if (auto worker = weak.lock()) worker->cancelRequested();
+    });
+  }
+
+  // Cancelled transfers end at once, whether libcurl has them or they wait.
+  void takeOutCancelled(std::vector<Finished>& finished) {
+    std::erase_if(active_, [&](const std::unique_ptr<HttpTransfer>& transfer) {
+      if (!transfer->cancelled()) return false;
+      curl_multi_remove_handle(multi_, transfer->easy());
+      ledger_.transferFinished(transfer->origin());
+      finished.push_back(finish(*transfer, CURLE_ABORTED_BY_CALLBACK));
+      return true;
+    });
+    std::erase_if(waiting_, [&](Pending& pending) {
+      const auto& options = pending.request.transfer;
+      if (!options || !options->handle || !options->handle->cancelled()) return false;
+      finished.push_back(
+          {std::move(pending.completion), TransportError::make(TransportErrorCode::kCancelled)});
+      return true;
+    });
   }
 
   bool onHostThread() const {
@@ -262,7 +303,7 @@ class HttpTransport::Worker : public SocketObserver {
   }
 
   void start(Pending pending, bool forHost = false) {
-    CURL* easy = takeEasy();
+    CURL* easy = pool_->take();
     if (easy == nullptr) {
       handedOver_.push_back(
           {std::move(pending.completion),
@@ -270,10 +311,13 @@ class HttpTransport::Worker : public SocketObserver {
       return;
     }
     auto transfer = std::make_unique<HttpTransfer>(easy, std::move(pending.request),
-                                                   std::move(pending.completion), *this,
-                                                   limits_.maxResponseBytes);
+                                                   std::move(pending.completion), *this, limits_);
     transfer->setForHost(forHost);
-    transfer->prepare();
+    if (auto error = transfer->prepare()) {
+      pool_->giveBack(transfer->releaseEasy());
+      handedOver_.push_back({transfer->takeCompletion(), std::move(*error)});
+      return;
+    }
     if (curl_multi_add_handle(multi_, easy) != CURLM_OK) {
       handedOver_.push_back(finish(*transfer, CURLE_FAILED_INIT));
       return;
@@ -302,7 +346,7 @@ class HttpTransport::Worker : public SocketObserver {
   // The transfer's result, with its handle back in the idle pool.
   Finished finish(HttpTransfer& transfer, CURLcode code) {
     auto result = transfer.outcome(code);
-    giveBack(transfer.releaseEasy());
+    pool_->giveBack(transfer.releaseEasy());
     return Finished{transfer.takeCompletion(), std::move(result)};
   }
 
@@ -330,27 +374,6 @@ class HttpTransport::Worker : public SocketObserver {
       active_.clear();
     }
     deliver(std::move(finished));
-  }
-
-  CURL* takeEasy() {
-    if (!idle_.empty()) {
-      CURL* easy = idle_.back();
-      idle_.pop_back();
-      return easy;
-    }
-    CURL* easy = curl_easy_init();
-    if (easy != nullptr) HttpTransfer::configureHandle(easy, limits_, share_, *this);
-    return easy;
-  }
-
-  void giveBack(CURL* easy) {
-    curl_easy_setopt(easy, CURLOPT_PRIVATE, nullptr);
-    constexpr std::size_t kMaxIdle = 16;
-    if (idle_.size() < kMaxIdle) {
-      idle_.push_back(easy);
-    } else {
-      curl_easy_cleanup(easy);
-    }
   }
 
   // A transfer for the host's loop sent while the loop is not pumping: most
@@ -408,7 +431,8 @@ class HttpTransport::Worker : public SocketObserver {
   CURLM* multi_ = nullptr;
   CURLSH* share_ = nullptr;
   ConnectionLedger ledger_;
-  std::vector<CURL*> idle_;
+  std::unique_ptr<EasyHandlePool> pool_;
+  std::atomic<bool> cancelSweep_{false};
   std::vector<std::unique_ptr<HttpTransfer>> active_;
   // Finished while a submitting thread drove libcurl: the thread completes them.
   std::vector<Finished> handedOver_;
@@ -417,29 +441,6 @@ class HttpTransport::Worker : public SocketObserver {
   // When the grace for transfers sent outside the loop's pumps ends.
   std::optional<Clock::time_point> hostGraceEnds_;
   bool closed_ = false;  // the thread has ended; nothing may start
-};
-
-// What the host's run loop sees of the transport. It holds the worker weakly:
-// a loop may outlive the transport.
-class HttpTransport::HostSource final : public platform::RunLoopSource {
- public:
-  explicit HostSource(std::weak_ptr<Worker> worker) : worker_(std::move(worker)) {}
-
-  void loopEntered() override {
-    if (auto worker = worker_.lock()) worker->hostLoopEntered();
-  }
-  void loopExited() override {
-    if (auto worker = worker_.lock()) worker->hostLoopExited();
-  }
-  void descriptors(std::vector<pollfd>& watched) override {
-    if (auto worker = worker_.lock()) worker->hostDescriptors(watched);
-  }
-  void perform(std::span<const pollfd> ready) override {
-    if (auto worker = worker_.lock()) worker->hostPerform(ready);
-  }
-
- private:
-  std::weak_ptr<Worker> worker_;
 };
 
 HttpTransport::HttpTransport(TransportLimits limits) : limits_(limits) {
@@ -459,7 +460,7 @@ void HttpTransport::submit(TransportRequest request, Completion completion) {
 
 void HttpTransport::attach(const std::shared_ptr<platform::RunLoop>& loop) {
   if (!loop || hostSource_) return;
-  hostSource_ = std::make_shared<HostSource>(worker_);
+  hostSource_ = std::make_shared<WeakRunLoopSource<Worker>>(worker_);
   hostLoop_ = loop;
   worker_->attachHost();
   loop->addSource(hostSource_);

@@ -50,7 +50,6 @@ class HttpTransport {
 
  private:
   class Worker;
-  class HostSource;
 
   TransportLimits limits_;
   // Shared with the thread, so that a shutdown from one of the transport's
@@ -58,7 +57,7 @@ class HttpTransport {
   std::shared_ptr<Worker> worker_;
   std::thread thread_;
   std::weak_ptr<platform::RunLoop> hostLoop_;
-  std::shared_ptr<HostSource> hostSource_;
+  std::shared_ptr<platform::RunLoopSource> hostSource_;
 };
 
 }  // namespace quorvel

@@ -6,6 +6,7 @@
 #include "quorvel/core_version.h"
 #include "quorvel/platform/serial_thread_queue.h"
 #include "quorvel/platform/transport_error.h"
+#include "quorvel/transfer_handle.h"
 
 namespace quorvel {
 namespace {
@@ -118,6 +119,8 @@ void ProviderService::perform(Callback callback) const {
   if (requiresAuth_) job.clientHeaders = std::move(clientHeaders);
   job.body = body_;
   job.cachingDelegate = cachingDelegate_;
+  job.transfer = transfer_;
+  if (transfer_ && transfer_->handle) transfer_->handle->deliverOn(queue);
   services->executor().execute(std::move(job), std::move(deliver));
 }
 

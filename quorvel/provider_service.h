@@ -15,6 +15,7 @@
 #include "quorvel/platform/error.h"
 #include "quorvel/platform/main_queue.h"
 #include "quorvel/reporter.h"
+#include "quorvel/transport_request.h"
 
 namespace quorvel {
 
@@ -39,6 +40,12 @@ class ProviderService {
 
   void perform(Callback callback) const;
 
+  // Files, limit, progress and cancellation of this request (none by
+  // default); its progress is delivered on the dispatch queue.
+  void setTransfer(std::shared_ptr<const TransferOptions> transfer) {
+    transfer_ = std::move(transfer);
+  }
+
   // The headers this request sends before authentication and validators:
   // the client headers, then the request's own additional ones.
   std::vector<std::pair<std::string, std::string>> headers() const;
@@ -62,6 +69,7 @@ class ProviderService {
   std::shared_ptr<platform::MainQueue> dispatchQueue_;
   Reporter reporter_;
   std::shared_ptr<CachedHTTPURLResponseDelegate> cachingDelegate_;
+  std::shared_ptr<const TransferOptions> transfer_;
 };
 
 }  // namespace quorvel

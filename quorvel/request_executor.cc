@@ -58,7 +58,8 @@ void RequestExecutor::execute(Job job, Completion completion) {
 
   // A request that carries its own validator wants the server's answer
   // (a 304 included), not ours.
-  if (call->job.method == HttpMethod::get && !hasHeader(call->job.headers, "If-None-Match")) {
+  if (call->job.method == HttpMethod::get && !call->job.transfer &&
+      !hasHeader(call->job.headers, "If-None-Match")) {
     std::string scope;
     if (call->job.requiresAuth) scope = identity ? identity->scope() : std::string("none");
     call->cacheKey = cacheKey(call->job.url, scope);
@@ -101,6 +102,7 @@ void RequestExecutor::send(std::shared_ptr<Call> call, std::optional<std::string
   // Sent once: the job needs its headers no more.
   request.headers = std::move(call->job.headers);
   request.body = std::move(call->job.body);
+  request.transfer = call->job.transfer;
   if (token) request.headers.emplace_back("Authorization", "Bearer " + *token);
   if (call->revalidating) {
     request.headers.emplace_back("If-None-Match", *call->revalidating->etag());

@@ -40,6 +40,10 @@ class RequestExecutor {
     Headers clientHeaders;
     std::optional<std::string> body;
     std::shared_ptr<CachedHTTPURLResponseDelegate> cachingDelegate;
+    // Files, limit, progress and cancellation; such a request bypasses the
+    // HTTP cache (a file's bytes are not kept, a cached answer has no
+    // progress).
+    std::shared_ptr<const TransferOptions> transfer;
   };
 
   explicit RequestExecutor(CoreServices& services) : services_(services) {}

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -12,6 +13,21 @@
 
 namespace quorvel {
 
+class TransferHandle;
+
+// What a transfer does beyond an in-memory exchange; ordinary calls have none.
+struct TransferOptions {
+  // The body, streamed from this file (its whole content) instead of memory.
+  std::optional<std::string> uploadFile;
+  // A successful (2xx) body is written to a temporary file beside this path,
+  // renamed to it once complete, and removed on any failure or cancel.
+  std::optional<std::string> downloadFile;
+  // The largest body accepted, instead of the transport's limit.
+  std::optional<std::size_t> maxResponseBytes;
+  // Progress and cancellation; may be null.
+  std::shared_ptr<TransferHandle> handle;
+};
+
 // One HTTP exchange as the transport runs it: everything decided, headers in
 // the order they go out.
 struct TransportRequest {
@@ -19,6 +35,8 @@ struct TransportRequest {
   HttpMethod method = HttpMethod::get;
   std::vector<std::pair<std::string, std::string>> headers;
   std::optional<std::string> body;
+  // Null for an ordinary call. Such a transfer bypasses the HTTP cache.
+  std::shared_ptr<const TransferOptions> transfer;
 };
 
 // What came back, before any cache or authentication handling.

@@ -12,7 +12,8 @@ set(RULES
   "velmaro/blips|velmaro/helpcenter/"
   "velmaro/requests|velmaro/helpcenter/"
   "velmaro/storage|velmaro/helpcenter/"
-  "velmaro/ticketforms|velmaro/helpcenter/")
+  "velmaro/ticketforms|velmaro/helpcenter/"
+  "velmaro/attachments|velmaro/helpcenter/")
 
 set(violations "")
 foreach(rule IN LISTS RULES)

@@ -37,7 +37,8 @@ RequestRecorder::RequestRecorder(std::string upstreamUrl)
   auto relay = [this](const httplib::Request& req, httplib::Response& res) {
     {
       std::lock_guard lock(mutex_);
-      seen_.push_back(Seen{req.method, req.target, req.body});
+      seen_.push_back(Seen{req.method, req.target, req.body, {}});
+      for (const auto& [name, value] : req.headers) seen_.back().headers.emplace_back(name, value);
     }
     httplib::Client client(upstream_);
     client.set_url_encode(false);  // forward the target exactly as it came

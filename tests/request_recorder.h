@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace httplib {
@@ -22,6 +23,8 @@ class RequestRecorder {
     std::string method;
     std::string target;  // path and query exactly as sent
     std::string body;
+    // Header fields as they arrived, names as sent.
+    std::vector<std::pair<std::string, std::string>> headers;
   };
 
   explicit RequestRecorder(std::string upstreamUrl);

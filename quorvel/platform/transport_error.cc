@@ -24,6 +24,10 @@ std::string TransportError::describe(TransportErrorCode code) {
       return "unsupported URL";
     case TransportErrorCode::kBadServerResponse:
       return "The server response was not understood.";
+    case TransportErrorCode::kCannotOpenFile:
+      return "The file could not be opened.";
+    case TransportErrorCode::kCannotWriteToFile:
+      return "The file could not be written.";
     case TransportErrorCode::kUnknown:
       break;
   }

@@ -20,6 +20,8 @@ enum class TransportErrorCode : long {
   kSecureConnectionFailed = -1200,
   kBadURL = -1000,
   kBadServerResponse = -1011,
+  kCannotOpenFile = -3001,
+  kCannotWriteToFile = -3003,
   kUnknown = -1,
 };
 

@@ -43,7 +43,8 @@ quorvel::HttpMethod DispatcherAdapter::httpMethod(const std::optional<std::strin
 
 void DispatcherAdapter::performRequest(const std::shared_ptr<quorvel::Quorvel>& quorvel,
                                        const quorvel::platform::URLRequest& urlRequest,
-                                       CompletionHandler completionHandler) {
+                                       CompletionHandler completionHandler,
+                                       std::shared_ptr<const quorvel::TransferOptions> transfer) {
   if (!urlRequest.url) {
     if (completionHandler) {
       completionHandler(std::nullopt, std::nullopt, toError(DispatcherAdapterError::invalidURL));
@@ -65,6 +66,7 @@ void DispatcherAdapter::performRequest(const std::shared_ptr<quorvel::Quorvel>& 
                                    requiresAuth, httpMethod(urlRequest.httpMethod),
                                    std::move(headers), urlRequest.httpBody, quorvel->mainQueue(),
                                    quorvel::Reporter::none, cachingDelegate());
+  service.setTransfer(std::move(transfer));
   service.perform(
       [completion = std::move(completionHandler)](std::optional<std::string> data,
                                                   std::optional<quorvel::HTTPURLResponse> response,

@@ -10,6 +10,7 @@
 #include "quorvel/platform/error.h"
 #include "quorvel/platform/url_request.h"
 #include "quorvel/quorvel.h"
+#include "quorvel/transport_request.h"
 
 namespace velmaro {
 
@@ -28,7 +29,8 @@ class DispatcherAdapter {
   // DispatcherAdapterError::invalidURL; everything else on the main queue.
   static void performRequest(const std::shared_ptr<quorvel::Quorvel>& quorvel,
                              const quorvel::platform::URLRequest& urlRequest,
-                             CompletionHandler completionHandler);
+                             CompletionHandler completionHandler,
+                             std::shared_ptr<const quorvel::TransferOptions> transfer = nullptr);
   static void performRequestWithQuorvel(const std::shared_ptr<quorvel::Quorvel>& quorvel,
                                         const quorvel::platform::URLRequest& urlRequest,
                                         CompletionHandler completionHandler) {

@@ -22,10 +22,12 @@ quorvel::platform::URLRequest ProviderContext::baseRequestWithURL(std::string_vi
   return quorvel::platform::URLRequest(urlFromString(path), std::move(httpMethod));
 }
 
-void ProviderContext::executeRequestNoBlock(quorvel::platform::URLRequest request,
-                                            QVKAPIDispatcher::OnSuccess onSuccess,
-                                            QVKAPIDispatcher::OnError onError) const {
-  dispatcher()->executeRequestNoBlock(std::move(request), std::move(onSuccess), std::move(onError));
+void ProviderContext::executeRequestNoBlock(
+    quorvel::platform::URLRequest request, QVKAPIDispatcher::OnSuccess onSuccess,
+    QVKAPIDispatcher::OnError onError,
+    std::shared_ptr<const quorvel::TransferOptions> transfer) const {
+  dispatcher()->executeRequestNoBlock(std::move(request), std::move(onSuccess), std::move(onError),
+                                      std::move(transfer));
 }
 
 std::optional<quorvel::platform::Error> ProviderContext::validationFailure(

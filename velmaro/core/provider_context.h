@@ -74,13 +74,31 @@ class ProviderContext {
   std::optional<quorvel::platform::Url> urlFromString(std::string_view path) const;
   quorvel::platform::URLRequest baseRequestWithURL(std::string_view path,
                                                    std::string httpMethod) const;
+  // The request's own URL when it has one, else the base URL and its path.
+  template <class Result>
+  quorvel::platform::URLRequest urlRequestFor(ProviderRequest<Result>& request) const {
+    if (!request.url) return baseRequestWithURL(request.path, std::move(request.httpMethod));
+    return quorvel::platform::URLRequest(quorvel::platform::Url::make(*request.url),
+                                         std::move(request.httpMethod));
+  }
   void executeRequestNoBlock(quorvel::platform::URLRequest request,
                              QVKAPIDispatcher::OnSuccess onSuccess,
-                             QVKAPIDispatcher::OnError onError) const;
+                             QVKAPIDispatcher::OnError onError,
+                             std::shared_ptr<const quorvel::TransferOptions> transfer) const;
   // Logs the failed validation; the error to answer when there is one.
   std::optional<Error> validationFailure(const VariableBindings& bindings,
                                          std::string_view operation) const;
   static void warnAbsentCallback(const char* callbackName);
+  // A success that posts its notification first, or has no callback to
+  // answer (and then says nothing of it).
+  template <class Result>
+  void answerInOrder(const ProviderRequest<Result>& request, const ProviderCallback<Result>& cb,
+                     Result result, quorvel::platform::UserInfo info) const {
+    if (request.success != nullptr) {
+      postToNotificationCenterOnMainThread(request.success, std::nullopt, std::move(info));
+    }
+    if (cb) answerOnMainThread<Result>(request.callbackName, cb, std::move(result), std::nullopt);
+  }
   // The entity-tag table's part of a conditional request.
   static void addEntityTag(quorvel::platform::URLRequest& request);
   static bool unmodified(const QVKDispatcherResponse& response);
@@ -119,16 +137,20 @@ template <class Result>
 void ProviderContext::send(ProviderRequest<Result> request, ProviderCallback<Result> cb) const {
   using ParseFailure = typename ProviderRequest<Result>::ParseFailure;
   if (request.starting != nullptr) postToNotificationCenterOnMainThread(request.starting);
-  auto urlRequest = baseRequestWithURL(request.path, std::move(request.httpMethod));
+  auto urlRequest = urlRequestFor(request);
   urlRequest.httpBody = std::move(request.body);
   for (auto& [field, value] : request.headers) urlRequest.setValue(std::move(value), field);
   if (request.entityTag) addEntityTag(urlRequest);
 
   auto failed = [ctx = *this, cb, failures = std::move(request.failures),
-                 callbackName = request.callbackName](Error error) {
-    ctx.answerOnMainThread<Result>(callbackName, cb, std::nullopt, error);
+                 callbackName = request.callbackName, first = request.notifiesBeforeAnswer,
+                 quiet = request.quietWithoutCallback](Error error) {
+    if (quiet && !cb) return;
+    if (!first) ctx.answerOnMainThread<Result>(callbackName, cb, std::nullopt, error);
     for (const char* name : failures) ctx.postToNotificationCenterOnMainThread(name, error);
+    if (first) ctx.answerOnMainThread<Result>(callbackName, cb, std::nullopt, error);
   };
+  auto transfer = std::move(request.transfer);
   auto succeeded = [ctx = *this, cb, failed,
                     request = std::move(request)](QVKDispatcherResponse response) mutable {
     if (request.entityTag && unmodified(response)) {
@@ -152,6 +174,10 @@ void ProviderContext::send(ProviderRequest<Result> request, ProviderCallback<Res
     }
     quorvel::platform::UserInfo info;
     if (request.successInfo) info = request.successInfo(result.value());
+    if (request.notifiesBeforeAnswer || (request.quietWithoutCallback && !cb)) {
+      ctx.answerInOrder(request, cb, std::move(result).value(), std::move(info));
+      return;
+    }
     if (request.answered) {
       ctx.answerOnMainThread<Result>(request.callbackName, cb, result.value(), std::nullopt);
       request.answered(result.value());
@@ -163,7 +189,8 @@ void ProviderContext::send(ProviderRequest<Result> request, ProviderCallback<Res
       ctx.postToNotificationCenterOnMainThread(request.success, std::nullopt, std::move(info));
     }
   };
-  executeRequestNoBlock(std::move(urlRequest), std::move(succeeded), std::move(failed));
+  executeRequestNoBlock(std::move(urlRequest), std::move(succeeded), std::move(failed),
+                        std::move(transfer));
 }
 
 }  // namespace velmaro

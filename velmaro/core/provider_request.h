@@ -9,6 +9,7 @@
 #include "quorvel/platform/error.h"
 #include "quorvel/platform/notification_center.h"
 #include "quorvel/platform/result.h"
+#include "quorvel/transport_request.h"
 #include "velmaro/core/qvk_dispatcher_response.h"
 
 namespace velmaro {
@@ -33,6 +34,9 @@ struct ProviderRequest {
   using Answered = std::function<void(const Result&)>;
 
   std::string path;  // appended to the base URL as it is
+  // The whole URL text instead of the base URL and `path` (a download from a
+  // URL the service gave); a text that is not a valid URL is refused.
+  std::optional<std::string> url;
   std::string httpMethod = "GET";
   std::optional<std::string> body;
   std::map<std::string, std::string> headers;
@@ -64,6 +68,15 @@ struct ProviderRequest {
   std::function<bool(const QVKDispatcherResponse&)> answers;
   // The success notification's user info, made from the result.
   std::function<quorvel::platform::UserInfo(const Result&)> successInfo;
+  // The success and failure notifications are posted before the callback
+  // is answered instead of after it.
+  bool notifiesBeforeAnswer = false;
+  // Without a callback a failure posts nothing and nothing is answered (no
+  // warning either); a success still posts its notification.
+  bool quietWithoutCallback = false;
+  // Files, size limit, progress and cancellation of the transfer; null for
+  // an ordinary call.
+  std::shared_ptr<const quorvel::TransferOptions> transfer;
 };
 
 }  // namespace velmaro

@@ -59,8 +59,9 @@ void QVKAPIDispatcher::executeRequest(const RequestBuilder& build, OnSuccess onS
                         std::move(onError));
 }
 
-void QVKAPIDispatcher::executeRequestNoBlock(quorvel::platform::URLRequest request,
-                                             OnSuccess onSuccess, OnError onError) {
+void QVKAPIDispatcher::executeRequestNoBlock(
+    quorvel::platform::URLRequest request, OnSuccess onSuccess, OnError onError,
+    std::shared_ptr<const quorvel::TransferOptions> transfer) {
   auto url = request.url;
   DispatcherAdapter::performRequest(
       quorvel(), request,
@@ -73,7 +74,8 @@ void QVKAPIDispatcher::executeRequestNoBlock(quorvel::platform::URLRequest reque
           return;
         }
         if (onSuccess) onSuccess(QVKDispatcherResponse(std::move(response), std::move(data)));
-      });
+      },
+      std::move(transfer));
 }
 
 }  // namespace velmaro

@@ -7,9 +7,16 @@
 #include "quorvel/platform/error.h"
 #include "quorvel/platform/url_request.h"
 #include "quorvel/quorvel.h"
+#include "quorvel/transport_request.h"
 #include "velmaro/core/qvk_dispatcher_response.h"
 
 namespace velmaro {
+
+// Content types for uploads of images.
+inline constexpr const char* QVD_MIMETypeJPEG = "image/jpeg";
+inline constexpr const char* QVD_MIMETypePNG = "image/png";
+inline constexpr const char* QVD_MIMETypeGIF = "image/gif";
+inline constexpr const char* QVD_MIMETypeTIFF = "image/tiff";
 
 // The one path of every network call: a provider hands it a URL request and
 // hears back exactly once, with a response or an error, on the main queue
@@ -32,8 +39,10 @@ class QVKAPIDispatcher {
 
   // Builds the request at once, on the caller's thread, and runs it.
   void executeRequest(const RequestBuilder& build, OnSuccess onSuccess, OnError onError);
+  // `transfer`: files, size limit, progress and cancellation, if any.
   void executeRequestNoBlock(quorvel::platform::URLRequest request, OnSuccess onSuccess,
-                             OnError onError);
+                             OnError onError,
+                             std::shared_ptr<const quorvel::TransferOptions> transfer = nullptr);
 
   std::shared_ptr<quorvel::Quorvel> quorvel() const;
   void setQuorvel(std::shared_ptr<quorvel::Quorvel> quorvel);

@@ -1,0 +1,110 @@
+// `qvk uploads` and `qvk attachments`: the real binary against the emulator.
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+
+#include <boost/json/parse.hpp>
+#include <gtest/gtest.h>
+
+#include "tests/emulator_process.h"
+#include "tools/qvk/file_upload.h"
+#include "tools/qvk/qvk_invocation.h"
+
+namespace qvk {
+namespace {
+
+using testing::InvocationResult;
+using testing::QvkInvocation;
+using velmaro::testing::EmulatorProcess;
+
+TEST(FileUploadContentType, ComesFromTheExtensionInAnyCase) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"photo.JPG", "image/jpeg"},
+      {"scan.tiff", "image/tiff"},
+      {"log.txt", "text/plain"},
+      {"archive.tar.gz", "application/octet-stream"},
+      {"README", "application/octet-stream"},
+      {"v1.2/notes", "application/octet-stream"}};
+  for (const auto& [path, type] : rows) EXPECT_EQ(FileUpload::contentTypeFor(path), type) << path;
+}
+
+class TransferCommands : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    emulator_ = std::make_unique<EmulatorProcess>(QVK_EMULATOR_BINARY);
+  }
+  static void TearDownTestSuite() { emulator_.reset(); }
+
+  void SetUp() override {
+    ASSERT_TRUE(emulator_->running()) << emulator_->error();
+    std::string pattern = "/tmp/qvk-transfer-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+    emulator_->control("PUT", "settings", R"({"max_attachment_size":100000})");
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  InvocationResult qvk(std::vector<std::string> args) const {
+    std::vector<std::string> all{"--url", emulator_->url(), "--data-dir", folder_ / "data"};
+    all.insert(all.end(), args.begin(), args.end());
+    return QvkInvocation::run(QVK_BINARY, all, "");
+  }
+  std::string file(const std::string& name, std::size_t size) const {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i % 251);
+    std::ofstream(folder_ / name, std::ios::binary) << bytes;
+    return (folder_ / name).string();
+  }
+  static std::string read(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+
+  static inline std::unique_ptr<EmulatorProcess> emulator_;
+  std::filesystem::path folder_;
+};
+
+TEST_F(TransferCommands, AnUploadDownloadsAgainByteForByteAndDeletes) {
+  const auto source = file("notes.txt", 50'000);
+  const auto added = qvk({"--json", "uploads", "add", source});
+  ASSERT_EQ(added.status, 0) << added.err;
+  EXPECT_TRUE(added.err.empty()) << "no progress bar off a terminal: " << added.err;
+  const auto json = boost::json::parse(added.out).as_object();
+  const std::string url(json.at("content_url").as_string());
+  EXPECT_EQ(json.at("file_name"), "notes.txt");
+
+  const auto target = folder_ / "copy.txt";
+  const auto got = qvk({"attachments", "get", url, "-o", target.string()});
+  ASSERT_EQ(got.status, 0) << got.err;
+  EXPECT_TRUE(read(target) == read(source));
+
+  const auto deleted = qvk({"uploads", "delete", std::string(json.at("token").as_string())});
+  EXPECT_EQ(deleted.status, 0) << deleted.err;
+  EXPECT_EQ(deleted.out, "deleted (204)\n");
+}
+
+TEST_F(TransferCommands, FailuresExitOneAndLeaveNoFile) {
+  const auto big = file("big.bin", 100'001);
+  const auto target = (folder_ / "none.bin").string();
+  struct Row {
+    std::vector<std::string> args;
+    const char* says;
+  } rows[] = {
+      {{"uploads", "add", big}, "accepts attachments of at most 100000 bytes"},
+      {{"attachments", "get", emulator_->url() + "/attachments/token/nothing/", "-o", target},
+       "code 404"},
+      {{"attachments", "avatar", emulator_->url() + "/attachments/token/nothing/"}, "code 404"},
+  };
+  for (const auto& row : rows) {
+    const auto result = qvk(row.args);
+    EXPECT_EQ(result.status, 1) << row.args.at(1);
+    EXPECT_NE(result.err.find(row.says), std::string::npos) << result.err;
+  }
+  for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+    EXPECT_EQ(entry.path().filename().string().find("none.bin"), std::string::npos);
+  }
+}
+
+}  // namespace
+}  // namespace qvk
