@@ -178,6 +178,7 @@ struct DownloadCase {
   const char* fileName;  // of the upload
   bool blankInUrl;       // the URL names the file with a raw blank
   bool toFile;
+  bool otherHost = false;  // the URL names the service's host another way
   friend void PrintTo(const DownloadCase& row, std::ostream* out) { *out << row.label; }
 };
 
@@ -190,6 +191,7 @@ TEST_P(DownloadTest, AnswersTheBytesAsTheyWereUploaded) {
   auto url = uploaded(bytes, row.fileName);
   ASSERT_FALSE(url.empty());
   if (row.blankInUrl) url = url.substr(0, url.find("?name=")) + "?name=" + row.fileName;
+  if (row.otherHost) url.replace(url.find("127.0.0.1"), 9, "localhost");
   const auto target = dataDirectory_ / "download.bin";
   auto answers = call<std::string>([&](auto cb) {
     if (row.toFile) {
@@ -203,6 +205,8 @@ TEST_P(DownloadTest, AnswersTheBytesAsTheyWereUploaded) {
   const auto sent = recorder_->matching("/attachments/token/");
   ASSERT_EQ(sent.size(), 1u);
   EXPECT_EQ(header(sent[0], "Accept"), "*/*");
+  // The access token goes to the service's own host only.
+  EXPECT_EQ(header(sent[0], "Authorization").starts_with("Bearer "), !row.otherHost);
   if (row.blankInUrl) {
     EXPECT_THAT(sent[0].target, ::testing::EndsWith("?name=my%20file.bin"));
   }
@@ -212,7 +216,8 @@ TEST_P(DownloadTest, AnswersTheBytesAsTheyWereUploaded) {
 INSTANTIATE_TEST_SUITE_P(Urls, DownloadTest,
                          ::testing::Values(DownloadCase{"asGiven", "a.bin", false, false},
                                            DownloadCase{"blank", "my file.bin", true, false},
-                                           DownloadCase{"toFile", "a.bin", false, true}),
+                                           DownloadCase{"toFile", "a.bin", false, true},
+                                           DownloadCase{"otherHost", "a.bin", false, false, true}),
                          [](const auto& param) { return std::string(param.param.label); });
 
 TEST_F(AttachmentProvidersTest, AvatarsAreDecodedWithinTheDimensionLimit) {

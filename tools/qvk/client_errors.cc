@@ -18,13 +18,13 @@ Error ClientErrors::noSettings() {
                                 "The service's settings could not be loaded or decoded");
 }
 
-<<<<<<< HEAD
 Error ClientErrors::notStored(const std::string& requestId) {
   return Error::withDescription(kDomain, kNotStored,
                                 "Request " + requestId +
                                     " is not in this device's request store (list the requests "
                                     "first)");
-=======
+}
+
 Error ClientErrors::fileTooLarge(const std::string& path, std::uintmax_t size, std::int64_t limit) {
   return Error::withDescription(kDomain, kFileTooLarge,
                                 path + " is " + std::to_string(size) +
@@ -34,7 +34,6 @@ Error ClientErrors::fileTooLarge(const std::string& path, std::uintmax_t size, s
 
 Error ClientErrors::noImage() {
   return Error::withDescription(kDomain, kNoImage, "The content is not an image qvk can decode");
->>>>>>> uploads
 }
 
 }  // namespace qvk

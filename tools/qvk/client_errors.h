@@ -16,26 +16,20 @@ class ClientErrors {
   static constexpr long kMissingUrl = 1;
   static constexpr long kNoAnswer = 2;
   static constexpr long kNoSettings = 3;
-<<<<<<< HEAD
   static constexpr long kNotStored = 4;
-=======
-  static constexpr long kFileTooLarge = 4;
-  static constexpr long kNoImage = 5;
->>>>>>> uploads
+  static constexpr long kFileTooLarge = 5;
+  static constexpr long kNoImage = 6;
 
   static quorvel::platform::Error missingUrl();
   static quorvel::platform::Error noAnswer(std::chrono::milliseconds waited);
   static quorvel::platform::Error noSettings();
-<<<<<<< HEAD
   // The device's request store has no record of the request: marking it
   // read or unread would change nothing.
   static quorvel::platform::Error notStored(const std::string& requestId);
-=======
   // The file is larger than the account's attachment limit.
   static quorvel::platform::Error fileTooLarge(const std::string& path, std::uintmax_t size,
                                                std::int64_t limit);
   static quorvel::platform::Error noImage();
->>>>>>> uploads
 };
 
 }  // namespace qvk

@@ -20,6 +20,7 @@ struct RequestsArguments {
   std::optional<std::vector<std::string>> tags;
   std::optional<std::vector<std::string>> fields;
   std::optional<std::int64_t> formId;
+  std::optional<std::vector<std::string>> attachFiles;
   std::optional<std::vector<std::string>> tokens;
   std::optional<std::string> text;
   std::int64_t commentCount = 0;

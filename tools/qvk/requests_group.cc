@@ -10,8 +10,10 @@
 #include "quorvel/platform/notification_center.h"
 #include "tools/qvk/client_errors.h"
 #include "tools/qvk/field_argument.h"
+#include "tools/qvk/file_upload.h"
 #include "tools/qvk/library_call.h"
 #include "tools/qvk/requests_tables.h"
+#include "tools/qvk/transfer_wait.h"
 #include "velmaro/core/support.h"
 #include "velmaro/requests/qvk_request_provider.h"
 #include "velmaro/requests/request_notifications.h"
@@ -25,6 +27,7 @@ namespace {
 using velmaro::QVKCommentWithUser;
 using velmaro::QVKRequest;
 using velmaro::QVKRequestProvider;
+using velmaro::QVKUploadResponse;
 using velmaro::RequestUpdates;
 
 template <class T>
@@ -35,10 +38,30 @@ boost::json::value listJson(const std::optional<std::vector<T>>& records) {
   return list;
 }
 
-// A comment with its author under "user" (null when the author is unknown).
-boost::json::object commentJson(const QVKCommentWithUser& comment) {
-  auto json = comment.comment().toJson();
-  json["user"] = comment.user() ? boost::json::value(comment.user()->toJson()) : nullptr;
+// A comment's files as the service names them. The record's own JSON leaves
+// them out (the request store does not keep them); a user wants to see them.
+boost::json::array attachmentsJson(const velmaro::QVKComment& comment) {
+  boost::json::array list;
+  for (const auto& attachment :
+       comment.attachments.value_or(std::vector<velmaro::QVKAttachment>{})) {
+    boost::json::object json;
+    if (attachment.attachmentId) json["id"] = *attachment.attachmentId;
+    if (attachment.filename) json["file_name"] = *attachment.filename;
+    if (attachment.contentURLString) json["content_url"] = *attachment.contentURLString;
+    if (attachment.contentType) json["content_type"] = *attachment.contentType;
+    if (attachment.size) json["size"] = *attachment.size;
+    list.push_back(std::move(json));
+  }
+  return list;
+}
+
+// A comment with its files and its author under "user" (null when the
+// author is unknown).
+boost::json::object commentJson(const velmaro::QVKComment& comment,
+                                const std::optional<velmaro::QVKSupportUser>& user) {
+  auto json = comment.toJson();
+  json["attachments"] = attachmentsJson(comment);
+  json["user"] = user ? boost::json::value(user->toJson()) : nullptr;
   return json;
 }
 
@@ -66,13 +89,15 @@ QVKRequest createdRequest(const std::shared_ptr<std::optional<QVKRequest>>& anno
   return QVKRequest::initWithDict(request->get_object());
 }
 
-velmaro::QVKCreateRequest createRequest(const RequestsArguments& arguments) {
+velmaro::QVKCreateRequest createRequest(const RequestsArguments& arguments,
+                                        std::optional<std::vector<QVKUploadResponse>> uploads) {
   velmaro::QVKCreateRequest request;
   request.subject = arguments.subject;
   request.requestDescription = arguments.description;
   request.tags = arguments.tags.value_or(std::vector<std::string>{});
-  // No --token: the attachment list stays unset, and the body has no "uploads".
-  if (arguments.tokens) request.setAttachments(*arguments.tokens);
+  // No --attach and no --token: the attachment list stays unset, and the
+  // body has no "uploads".
+  request.attachmentsAlias = std::move(uploads);
   for (const auto& field : arguments.fields.value_or(std::vector<std::string>{})) {
     // Checked on the command line already.
     if (auto parsed = FieldArgument::parse(field)) request.customFields.push_back(*parsed);
@@ -81,16 +106,37 @@ velmaro::QVKCreateRequest createRequest(const RequestsArguments& arguments) {
   return request;
 }
 
-std::optional<std::vector<velmaro::QVKUploadResponse>> uploads(
-    const std::optional<std::vector<std::string>>& tokens) {
-  if (!tokens) return std::nullopt;
-  std::vector<velmaro::QVKUploadResponse> responses;
-  for (const auto& token : *tokens) {
-    velmaro::QVKUploadResponse response;
-    response.uploadToken = token;
-    responses.push_back(std::move(response));
+// What --attach and --token give: every --attach file uploaded first, in
+// order, then every --token; absent when neither was given. When an upload
+// fails or the user cancels it, the status to end the command with instead.
+struct Attachments {
+  std::optional<std::vector<QVKUploadResponse>> uploads;
+  std::optional<int> failed;
+};
+
+Attachments attachments(CommandContext& context, const RequestsArguments& arguments) {
+  Attachments result;
+  if (!arguments.attachFiles && !arguments.tokens) return result;
+  result.uploads.emplace();
+  for (const auto& file : arguments.attachFiles.value_or(std::vector<std::string>{})) {
+    auto outcome = FileUpload::upload(context, file, std::nullopt, std::nullopt);
+    if (outcome.interrupted) {
+      context.output.errorText() << "cancelled\n";
+      result.failed = TransferWait::kInterruptedStatus;
+      return result;
+    }
+    if (!outcome.answer) {
+      result.failed = context.output.error(outcome.answer.error());
+      return result;
+    }
+    result.uploads->push_back(*outcome.answer);
   }
-  return responses;
+  for (const auto& token : arguments.tokens.value_or(std::vector<std::string>{})) {
+    QVKUploadResponse response;
+    response.uploadToken = token;
+    result.uploads->push_back(std::move(response));
+  }
+  return result;
 }
 
 // The stored counters of one request after a mark.
@@ -126,6 +172,12 @@ void RequestsGroup::requestId(CLI::App* command) {
 }
 
 void RequestsGroup::tokens(CLI::App* command) {
+  command
+      ->add_option("--attach", arguments_.attachFiles,
+                   "A file to upload and attach, before any --token (repeatable)")
+      ->type_name("FILE")
+      ->allow_extra_args(false)
+      ->check(CLI::ExistingFile);
   command->add_option("--token", arguments_.tokens, "An upload token to attach (repeatable)")
       ->type_name("TOKEN")
       ->allow_extra_args(false);
@@ -243,12 +295,16 @@ int RequestsGroup::comments(CommandContext& context) const {
     return 0;
   }
   boost::json::array list;
-  for (const auto& comment : *comments) list.push_back(commentJson(comment));
+  for (const auto& comment : *comments) {
+    list.push_back(commentJson(comment.comment(), comment.user()));
+  }
   context.output.document(boost::json::object{{"comments", std::move(list)}});
   return 0;
 }
 
 int RequestsGroup::create(CommandContext& context) const {
+  auto attached = attachments(context, arguments_);
+  if (attached.failed) return *attached.failed;
   QVKRequestProvider provider(context.session.core());
   // The success notification is posted on the main queue before the
   // callback's task runs there, so it has been seen once the answer is in.
@@ -261,7 +317,7 @@ int RequestsGroup::create(CommandContext& context) const {
         if (const auto* request = std::any_cast<QVKRequest>(&found->second)) *announced = *request;
       });
   auto response = LibraryCall::await<velmaro::QVKDispatcherResponse>(context.session, [&](auto cb) {
-    provider.createRequest(createRequest(arguments_), std::move(cb));
+    provider.createRequest(createRequest(arguments_, attached.uploads), std::move(cb));
   });
   if (!response) return context.output.error(response.error());
   const auto request = createdRequest(announced, *response);
@@ -275,18 +331,19 @@ int RequestsGroup::create(CommandContext& context) const {
 }
 
 int RequestsGroup::comment(CommandContext& context) const {
+  auto attached = attachments(context, arguments_);
+  if (attached.failed) return *attached.failed;
   QVKRequestProvider provider(context.session.core());
   auto comment = LibraryCall::await<velmaro::QVKComment>(context.session, [&](auto cb) {
-    if (arguments_.tokens) {
-      provider.addComment(arguments_.text, arguments_.requestId, uploads(arguments_.tokens),
-                          std::move(cb));
+    if (attached.uploads) {
+      provider.addComment(arguments_.text, arguments_.requestId, attached.uploads, std::move(cb));
     } else {
       provider.addComment(arguments_.text, arguments_.requestId, std::move(cb));
     }
   });
   if (!comment) return context.output.error(comment.error());
   if (context.output.json()) {
-    context.output.document(boost::json::object{{"comment", comment->toJson()}});
+    context.output.document(boost::json::object{{"comment", commentJson(*comment, std::nullopt)}});
   } else {
     context.output.table(
         RequestsTables::of(std::vector<QVKCommentWithUser>{{*comment, std::nullopt}}));

@@ -3,6 +3,8 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <set>
+#include <string>
 
 #include <boost/json/parse.hpp>
 #include <gtest/gtest.h>
@@ -82,6 +84,32 @@ TEST_F(TransferCommands, AnUploadDownloadsAgainByteForByteAndDeletes) {
   const auto deleted = qvk({"uploads", "delete", std::string(json.at("token").as_string())});
   EXPECT_EQ(deleted.status, 0) << deleted.err;
   EXPECT_EQ(deleted.out, "deleted (204)\n");
+}
+
+// --attach files are uploaded, and sent with the --token ones.
+TEST_F(TransferCommands, AttachedFilesJoinTheRequestAndTheReply) {
+  const auto added = qvk({"--json", "uploads", "add", file("earlier.txt", 10)});
+  ASSERT_EQ(added.status, 0) << added.err;
+  const std::string token(boost::json::parse(added.out).at("token").as_string());
+
+  const auto created = qvk({"--json", "requests", "create", "--description", "See the files",
+                            "--attach", file("screen.png", 2'000), "--token", token});
+  ASSERT_EQ(created.status, 0) << created.err;
+  const std::string id(boost::json::parse(created.out).at_pointer("/request/id").as_string());
+  const auto comments = qvk({"--json", "requests", "comments", id});
+  ASSERT_EQ(comments.status, 0) << comments.err;
+  const auto listed = boost::json::parse(comments.out);
+  const auto& first = listed.at_pointer("/comments/0/attachments").as_array();
+  ASSERT_EQ(first.size(), 2u) << comments.out;
+  std::set<std::string> names;
+  for (const auto& attachment : first) names.emplace(attachment.at("file_name").as_string());
+  EXPECT_EQ(names, (std::set<std::string>{"screen.png", "earlier.txt"}));
+
+  const auto replied =
+      qvk({"--json", "requests", "comment", id, "One more", "--attach", file("log.txt", 500)});
+  ASSERT_EQ(replied.status, 0) << replied.err;
+  const auto reply = boost::json::parse(replied.out);
+  EXPECT_EQ(reply.at_pointer("/comment/attachments/0/file_name"), "log.txt") << replied.out;
 }
 
 TEST_F(TransferCommands, FailuresExitOneAndLeaveNoFile) {
