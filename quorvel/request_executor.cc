@@ -1,11 +1,10 @@
 #include "quorvel/request_executor.h"
 
-#include <algorithm>
-#include <cctype>
 #include <chrono>
 
 #include <fmt/format.h>
 
+#include "quorvel/connection_ledger.h"
 #include "quorvel/core_logger.h"
 #include "quorvel/core_services.h"
 #include "quorvel/platform/transport_error.h"
@@ -15,16 +14,6 @@ namespace {
 
 double nowSeconds() {
   return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-}
-
-// "scheme://authority" of a URL, lower-cased; "" when it has none.
-std::string originOf(std::string_view url) {
-  const auto separator = url.find("://");
-  if (separator == std::string_view::npos) return {};
-  std::string origin(url.substr(0, url.find_first_of("/?#", separator + 3)));
-  std::transform(origin.begin(), origin.end(), origin.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return origin;
 }
 
 bool hasHeader(const RequestExecutor::Headers& headers, std::string_view name) {
@@ -67,7 +56,8 @@ void RequestExecutor::execute(Job job, Completion completion) {
   call->job = std::move(job);
   call->completion = std::move(completion);
   const auto identity = services_.identity();
-  if (call->job.requiresAuth && originOf(call->job.url) != originOf(services_.quorvelUrl())) {
+  if (call->job.requiresAuth && ConnectionLedger::originOf(call->job.url) !=
+                                    ConnectionLedger::originOf(services_.quorvelUrl())) {
     // The access token is the service's: a URL elsewhere (an attachment on
     // another host, say) is asked for without it.
     CoreLogger::debug(fmt::format("{} is not on the service's host; sending it without the token",

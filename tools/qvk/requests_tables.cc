@@ -24,10 +24,24 @@ std::string time(const std::optional<std::chrono::system_clock::time_point>& val
   return value ? velmaro::QVKDateUtil::stringFromDate(*value) : std::string();
 }
 
+// The author's name; the id when the comment came without its author or the
+// author has no name (an anonymous user who gave none).
 std::string author(const velmaro::QVKCommentWithUser& comment) {
   const auto& user = comment.user();
-  if (!user) return number(comment.comment().authorId);
-  return text(user->name) + (user->isAgent ? " (agent)" : "");
+  const auto id = number(comment.comment().authorId);
+  if (!user) return id;
+  const auto name = text(user->name).empty() ? "user " + id : text(user->name);
+  return name + (user->isAgent ? " (agent)" : "");
+}
+
+// The comment's file names, comma-separated.
+std::string fileNames(const velmaro::QVKComment& comment) {
+  std::string joined;
+  for (const auto& file : comment.attachments.value_or(std::vector<velmaro::QVKAttachment>{})) {
+    if (!joined.empty()) joined += ",";
+    joined += text(file.filename);
+  }
+  return joined;
 }
 
 std::string optionNames(const velmaro::QVKTicketField& field) {
@@ -59,11 +73,11 @@ Table RequestsTables::of(const std::vector<velmaro::QVKRequest>& requests,
 }
 
 Table RequestsTables::of(const std::vector<velmaro::QVKCommentWithUser>& comments) {
-  Table table({{"ID", 20, true}, {"AUTHOR", 24}, {"CREATED", 20}, {"BODY", 70}}, "comment",
-              "comments");
+  Table table({{"ID", 20, true}, {"AUTHOR", 24}, {"CREATED", 20}, {"BODY", 60}, {"FILES", 30}},
+              "comment", "comments");
   for (const auto& c : comments) {
     table.addRow({number(c.comment().commentId), author(c), time(c.comment().createdAt),
-                  text(c.comment().body)});
+                  text(c.comment().body), fileNames(c.comment())});
   }
   return table;
 }

@@ -6,6 +6,7 @@
 
 #include <boost/json.hpp>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "quorvel/platform/run_loop.h"
 #include "quorvel/quorvel.h"
@@ -43,8 +44,10 @@ class RequestRefreshTest : public ::testing::TestWithParam<RefreshCase> {
     std::filesystem::remove_all(directory_);
   }
 
+  // One folder per process: CTest runs the cases side by side.
   const std::filesystem::path directory_ =
-      std::filesystem::temp_directory_path() / "velmaro-request-refresh-test";
+      std::filesystem::temp_directory_path() /
+      ("velmaro-request-refresh-test-" + std::to_string(::getpid()));
   std::shared_ptr<quorvel::Quorvel> core_;
 };
 
