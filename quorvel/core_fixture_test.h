@@ -144,10 +144,10 @@ class CoreTest : public ::testing::Test {
     return options;
   }
 
-  std::shared_ptr<Quorvel> start(const std::string& url) {
+  std::shared_ptr<Quorvel> start(const std::string& url, const std::string& appId = "test-app") {
     if (quorvel_) quorvel_->shutdown();
     loop_->runPending();
-    quorvel_ = Quorvel::initialize("test-app", url, "client-7", options());
+    quorvel_ = Quorvel::initialize(appId, url, "client-7", options());
     return quorvel_;
   }
 

@@ -92,6 +92,23 @@ int closeSocket(void* user, curl_socket_t socket) {
   return ::close(socket);
 }
 
+// A CR or LF would end the header line and start another one of the
+// value's choosing; libcurl would cut the line at a NUL.
+std::optional<platform::Error> unsafeHeader(
+    const std::vector<std::pair<std::string, std::string>>& headers) {
+  for (const auto& header : headers) {
+    for (const std::string* text : {&header.first, &header.second}) {
+      if (text->find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
+        return TransportError::make(
+            TransportErrorCode::kUnknown,
+            fmt::format("the header field {:?} holds a line break or NUL; nothing was sent",
+                        header.first));
+      }
+    }
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 HttpTransfer::HttpTransfer(CURL* easy, TransportRequest request, Completion completion,
@@ -160,6 +177,7 @@ void HttpTransfer::configureHandle(CURL* easy, const TransportLimits& limits, CU
 
 std::optional<platform::Error> HttpTransfer::prepare() {
   if (cancelled()) return TransportError::make(TransportErrorCode::kCancelled);
+  if (auto error = unsafeHeader(request_.headers)) return error;
   CURL* easy = easy_;
   curl_easy_setopt(easy, CURLOPT_URL, request_.url.c_str());
   curl_easy_setopt(easy, CURLOPT_PRIVATE, this);

@@ -8,6 +8,7 @@
 
 #include "quorvel/anonymous_identity.h"
 #include "quorvel/core_services.h"
+#include "quorvel/platform/private_directory.h"
 #include "quorvel/platform/serial_thread_queue.h"
 
 namespace quorvel {
@@ -76,9 +77,7 @@ std::shared_ptr<Quorvel> Quorvel::initialize(std::string appId, std::string quor
   parts.mainQueue = options.mainQueue ? std::move(options.mainQueue)
                                       : std::make_shared<platform::SerialThreadQueue>();
   parts.dataDirectory = options.dataDirectory.value_or(defaultDataDirectory(appId));
-  std::error_code ec;
-  std::filesystem::create_directories(parts.dataDirectory, ec);
-  std::filesystem::permissions(parts.dataDirectory, std::filesystem::perms::owner_all, ec);
+  platform::PrivateDirectory::create(parts.dataDirectory);
 
   quorvelUrl = withoutTrailingSlash(std::move(quorvelUrl));
   TransportLimits limits{options.connectTimeout, options.requestTimeout, options.maxResponseBytes};

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "quorvel/anonymous_identity.h"
 #include "quorvel/core_fixture_test.h"
@@ -51,6 +52,21 @@ TEST_F(QuorvelTest, TheAnonymousGuidIsMadeOnceAndSurvivesClearingTheSession) {
   start(server_.url());
   quorvel_->setIdentity(std::make_shared<AnonymousIdentity>());
   EXPECT_EQ(std::dynamic_pointer_cast<const AnonymousIdentity>(quorvel_->identity())->guid(), guid);
+}
+
+// Parents included: a world-writable parent would let anyone swap the folder.
+TEST_F(QuorvelTest, EveryFolderItMakesIsTheOwnersOnlyWhateverTheUmask) {
+  const auto nested = dataDirectory_ / "x" / "sub" / "dir";
+  auto opts = options();
+  opts.dataDirectory = nested;
+  const mode_t saved = ::umask(0);
+  quorvel_ = Quorvel::initialize("test-app", server_.url(), "client-7", opts);
+  ::umask(saved);
+  for (auto folder = nested; folder != dataDirectory_; folder = folder.parent_path()) {
+    struct stat info {};
+    ASSERT_EQ(::stat(folder.c_str(), &info), 0) << folder;
+    EXPECT_EQ(info.st_mode & 07777, 0700u) << folder;
+  }
 }
 
 TEST(QuorvelDataDirectoryTest, DefaultsToAPerUserFolderForTheApp) {

@@ -7,6 +7,7 @@
 #include "quorvel/core_logger.h"
 #include "quorvel/core_services.h"
 #include "quorvel/core_version.h"
+#include "quorvel/platform/url_encoding.h"
 #include "quorvel/provider_service.h"
 
 namespace quorvel {
@@ -59,8 +60,12 @@ void SettingsProvider::getDocument(DocumentCallback callback) {
 }
 
 void SettingsProvider::download() {
-  const std::string url =
-      fmt::format("{}/api/mobile/sdk/settings/{}.json", account_.quorvelUrl(), account_.appId());
+  // The app id is the caller's text: escaped as one segment, a '/', '?' or
+  // "../" in it cannot lead the request to another path.
+  const std::string url = fmt::format(
+      "{}/api/mobile/sdk/settings/{}.json", account_.quorvelUrl(),
+      platform::UrlEncoding::encode(account_.appId(),
+                                    platform::UrlEncoding::CharacterSet::urlPathSegmentAllowed));
   ProviderService service(account_, url, false, HttpMethod::get,
                           std::make_shared<BasicClientHeaders>("quorvel-core", kCoreVersion),
                           std::nullopt, mainQueue_);

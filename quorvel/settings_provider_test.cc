@@ -102,5 +102,37 @@ TEST_F(SettingsProviderTest, WithoutAnyDocumentTheAnswerIsNothing) {
   EXPECT_FALSE(afterShutdown.second);
 }
 
+struct HostileAppIdCase {
+  const char* name;
+  std::string appId;
+  bool sent;  // else refused before anything leaves
+};
+
+class SettingsProviderAppIdTest : public SettingsProviderTest,
+                                  public ::testing::WithParamInterface<HostileAppIdCase> {};
+
+// The app id is one path segment (the server sees it whole, decoded) and
+// never a second header line.
+TEST_P(SettingsProviderAppIdTest, StaysInItsSegmentAndItsHeader) {
+  server_.Get("/.*", [](const httplib::Request&, httplib::Response& res) { res.status = 404; });
+  start(server_.url(), GetParam().appId);
+  EXPECT_EQ(get<SupportFlag>().first, 1);
+  const auto seen = server_.seen();
+  if (!GetParam().sent) {
+    EXPECT_TRUE(seen.empty());
+    return;
+  }
+  ASSERT_EQ(seen.size(), 1u);
+  EXPECT_EQ(seen[0].path, "/api/mobile/sdk/settings/" + GetParam().appId + ".json");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, SettingsProviderAppIdTest,
+    ::testing::Values(HostileAppIdCase{"DotSegments", "../../../../_emulator/x", true},
+                      HostileAppIdCase{"Query", "x?y=", true},
+                      HostileAppIdCase{"LineBreak", "demo\r\nX-Evil: injected", false},
+                      HostileAppIdCase{"Nul", std::string("demo\0x", 6), false}),
+    [](const auto& param) { return std::string(param.param.name); });
+
 }  // namespace
 }  // namespace quorvel::testing

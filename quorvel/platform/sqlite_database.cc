@@ -4,10 +4,12 @@
 #include <system_error>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include "quorvel/platform/private_directory.h"
 
 namespace quorvel::platform {
 
@@ -68,8 +70,7 @@ SqliteDatabase::~SqliteDatabase() {
 
 int SqliteDatabase::open(const std::string& target) {
   if (target != ":memory:") {
-    std::error_code ec;
-    std::filesystem::create_directories(path_.parent_path(), ec);
+    PrivateDirectory::create(path_.parent_path());
     // Readable by the user only, also when another program made the file;
     // SQLite gives its WAL and shared-memory files the mode of the database.
     const int fd = ::open(target.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);

@@ -28,6 +28,7 @@ constexpr Table makeTable(std::string_view punctuation) {
 constexpr Table kLegal = makeTable("-._~!#$&'()*+,/:;=?@[]%");
 constexpr Table kQuery = makeTable("!$&'()*+,-./:;=?@_~");
 constexpr Table kPath = makeTable("!$&'()*+,-./:=@_~");
+constexpr Table kPathSegment = makeTable("!$&'()*+,-.:=@_~");
 constexpr Table kHost = makeTable("!$&'()*+,-.:;=[]_~");
 constexpr Table kUser = makeTable("!$&'()*+,-.;=_~");
 
@@ -38,6 +39,8 @@ const Table& tableFor(UrlEncoding::CharacterSet set) {
       return kQuery;
     case UrlEncoding::CharacterSet::urlPathAllowed:
       return kPath;
+    case UrlEncoding::CharacterSet::urlPathSegmentAllowed:
+      return kPathSegment;
     case UrlEncoding::CharacterSet::urlHostAllowed:
       return kHost;
     case UrlEncoding::CharacterSet::urlUserAllowed:

@@ -12,11 +12,12 @@ class UrlEncoding {
   // Sets of characters that may stay as they are in one part of a URL. Letters
   // and digits mean ASCII only: every non-ASCII byte is always escaped.
   enum class CharacterSet {
-    urlQueryAllowed,     // alphanumerics and !$&'()*+,-./:;=?@_~
-    urlFragmentAllowed,  // the same set as the query
-    urlPathAllowed,      // alphanumerics and !$&'()*+,-./:=@_~
-    urlHostAllowed,      // alphanumerics and !$&'()*+,-.:;=[]_~
-    urlUserAllowed,      // alphanumerics and !$&'()*+,-.;=_~
+    urlQueryAllowed,        // alphanumerics and !$&'()*+,-./:;=?@_~
+    urlFragmentAllowed,     // the same set as the query
+    urlPathAllowed,         // alphanumerics and !$&'()*+,-./:=@_~
+    urlPathSegmentAllowed,  // the path set without '/': one segment
+    urlHostAllowed,         // alphanumerics and !$&'()*+,-.:;=[]_~
+    urlUserAllowed,         // alphanumerics and !$&'()*+,-.;=_~
   };
 
   // Escapes only what may appear nowhere in a URL (space, " < > \ ^ ` { | },

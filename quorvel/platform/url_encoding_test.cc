@@ -37,6 +37,7 @@ TEST(UrlEncodingTest, EachSetKeepsItsOwnCharacters) {
       {Set::urlQueryAllowed, "a1%20!$&'()*+,-./:;=?@_~%5B%5D%23%25%C3%A9"},
       {Set::urlFragmentAllowed, "a1%20!$&'()*+,-./:;=?@_~%5B%5D%23%25%C3%A9"},
       {Set::urlPathAllowed, "a1%20!$&'()*+,-./:%3B=%3F@_~%5B%5D%23%25%C3%A9"},
+      {Set::urlPathSegmentAllowed, "a1%20!$&'()*+,-.%2F:%3B=%3F@_~%5B%5D%23%25%C3%A9"},
       {Set::urlHostAllowed, "a1%20!$&'()*+,-.%2F:;=%3F%40_~[]%23%25%C3%A9"},
       {Set::urlUserAllowed, "a1%20!$&'()*+,-.%2F%3A;=%3F%40_~%5B%5D%23%25%C3%A9"},
   };

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "quorvel/platform/html_text.h"
+#include "tools/qvk/terminal_text.h"
 #include "velmaro/util/qvk_date_util.h"
 
 namespace qvk {
@@ -32,17 +33,17 @@ std::string facts(const velmaro::QVKHelpCenterArticle& a) {
 }  // namespace
 
 void ArticleCard::print(std::ostream& out, const velmaro::QVKHelpCenterArticle& article) {
-  out << article.title.value_or("(untitled)") << '\n';
-  out << facts(article) << '\n';
+  out << TerminalText::printable(article.title.value_or("(untitled)")) << '\n';
+  out << TerminalText::printable(facts(article)) << '\n';
   if (article.labelNames && !article.labelNames->empty()) {
     out << "labels:";
-    for (const auto& label : *article.labelNames) out << ' ' << label;
+    for (const auto& label : *article.labelNames) out << ' ' << TerminalText::printable(label);
     out << '\n';
   }
-  if (article.htmlUrl) out << *article.htmlUrl << '\n';
+  if (article.htmlUrl) out << TerminalText::printable(*article.htmlUrl) << '\n';
   if (article.body && !article.body->empty()) {
     auto body = quorvel::platform::HtmlText::toPlainText(*article.body);
-    out << '\n' << body.value_or(*article.body) << '\n';
+    out << '\n' << TerminalText::printable(body.value_or(*article.body), true) << '\n';
   }
 }
 

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <boost/json/value_from.hpp>
 
+#include "tools/qvk/int64_argument.h"
 #include "tools/qvk/library_call.h"
 #include "tools/qvk/requests_tables.h"
 #include "velmaro/requests/qvk_request_provider.h"
@@ -30,7 +31,8 @@ void print(Output& output, const Forms& forms) {
 void FormsGroup::declare(CLI::App& root) {
   command(&root, "forms", "Show ticket forms with their fields", &FormsGroup::show)
       ->add_option("ID", formIds_, "Ticket form ids (the first five are asked for)")
-      ->required();
+      ->required()
+      ->check(Int64Argument::inRange());
 }
 
 int FormsGroup::show(CommandContext& context) const {

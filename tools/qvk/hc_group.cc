@@ -9,6 +9,7 @@
 
 #include "tools/qvk/article_card.h"
 #include "tools/qvk/hc_tables.h"
+#include "tools/qvk/int64_argument.h"
 #include "tools/qvk/library_call.h"
 #include "tools/qvk/overview_tree.h"
 #include "tools/qvk/query_builder.h"
@@ -78,7 +79,9 @@ void HcGroup::declare(CLI::App& root) {
 }
 
 void HcGroup::id(CLI::App* command, const char* name, const char* description) {
-  command->add_option(name, arguments_.id, description)->required();
+  command->add_option(name, arguments_.id, description)
+      ->required()
+      ->check(Int64Argument::inRange());
 }
 
 void HcGroup::textId(CLI::App* command, const char* name, const char* description) {
@@ -98,10 +101,12 @@ void HcGroup::labelOption(CLI::App* command) {
 void HcGroup::paging(CLI::App* command) {
   command->add_option("--page", arguments_.page, "Page number")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::PositiveNumber)
+      ->check(Int64Argument::inRange());
   command->add_option("--per-page", arguments_.perPage, "Results per page")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::PositiveNumber)
+      ->check(Int64Argument::inRange());
 }
 
 void HcGroup::declareBrowsing(CLI::App* hc) {
@@ -134,12 +139,14 @@ void HcGroup::declareOverview(CLI::App* hc) {
                        ->add_option("--sections", arguments_.sectionIds,
                                     "Only these sections (comma-separated ids)")
                        ->delimiter(',')
-                       ->type_name("ID,ID");
+                       ->type_name("ID,ID")
+                       ->check(Int64Argument::inRange());
   auto* categories = overview
                          ->add_option("--categories", arguments_.categoryIds,
                                       "Only these categories (comma-separated ids)")
                          ->delimiter(',')
-                         ->type_name("ID,ID");
+                         ->type_name("ID,ID")
+                         ->check(Int64Argument::inRange());
   sections->excludes(categories);
   labelOption(overview);
 }
@@ -150,9 +157,11 @@ void HcGroup::declareSearching(CLI::App* hc) {
   labelOption(search);
   search->add_option("--category", arguments_.categoryIds, "Only this category (repeatable)")
       ->type_name("ID")
+      ->check(Int64Argument::inRange())
       ->allow_extra_args(false);
   search->add_option("--section", arguments_.sectionIds, "Only this section (repeatable)")
       ->type_name("ID")
+      ->check(Int64Argument::inRange())
       ->allow_extra_args(false);
   paging(search);
 
@@ -165,8 +174,12 @@ void HcGroup::declareSearching(CLI::App* hc) {
       command(hc, "suggest", "Suggest articles for a request being written", &HcGroup::suggest);
   query(suggest);
   labelOption(suggest);
-  suggest->add_option("--category", arguments_.categoryId, "Only this category")->type_name("ID");
-  suggest->add_option("--section", arguments_.sectionId, "Only this section")->type_name("ID");
+  suggest->add_option("--category", arguments_.categoryId, "Only this category")
+      ->type_name("ID")
+      ->check(Int64Argument::inRange());
+  suggest->add_option("--section", arguments_.sectionId, "Only this section")
+      ->type_name("ID")
+      ->check(Int64Argument::inRange());
 }
 
 void HcGroup::declareAttachmentsAndVotes(CLI::App* hc) {

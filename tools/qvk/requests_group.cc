@@ -11,6 +11,7 @@
 #include "tools/qvk/client_errors.h"
 #include "tools/qvk/field_argument.h"
 #include "tools/qvk/file_upload.h"
+#include "tools/qvk/int64_argument.h"
 #include "tools/qvk/library_call.h"
 #include "tools/qvk/requests_tables.h"
 #include "tools/qvk/transfer_wait.h"
@@ -217,7 +218,9 @@ void RequestsGroup::declareWriting(CLI::App* requests) {
       ->type_name("ID=VALUE")
       ->allow_extra_args(false)
       ->check(FieldArgument::check);
-  create->add_option("--form", arguments_.formId, "Ticket form id")->type_name("ID");
+  create->add_option("--form", arguments_.formId, "Ticket form id")
+      ->type_name("ID")
+      ->check(Int64Argument::inRange());
   tokens(create);
 
   auto* comment =
@@ -235,7 +238,8 @@ void RequestsGroup::declareReadTracking(CLI::App* requests) {
   requestId(markRead);
   markRead->add_option("COUNT", arguments_.commentCount, "Comments read")
       ->required()
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::NonNegativeNumber)
+      ->check(Int64Argument::inRange());
   requestId(command(requests, "mark-unread", "Mark a request unread", &RequestsGroup::markUnread));
   requestId(command(requests, "refresh", "Signal news on a request, as a push would",
                     &RequestsGroup::refresh));

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/qvk/terminal_text.h"
+
 namespace qvk {
 
 namespace {
@@ -12,13 +14,6 @@ bool isContinuationByte(char c) {
   return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
-// Line breaks and tabs inside a cell would break the alignment.
-std::string flatten(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
-  return text;
-}
-
 }  // namespace
 
 Table::Table(std::vector<Column> columns, std::string singular, std::string plural)
@@ -27,7 +22,7 @@ Table::Table(std::vector<Column> columns, std::string singular, std::string plur
 void Table::addRow(std::vector<std::string> cells) {
   cells.resize(columns_.size());
   for (std::size_t i = 0; i < cells.size(); ++i) {
-    cells[i] = truncate(flatten(std::move(cells[i])), columns_[i].maxWidth);
+    cells[i] = truncate(TerminalText::printable(cells[i]), columns_[i].maxWidth);
   }
   rows_.push_back(std::move(cells));
 }

@@ -46,6 +46,39 @@ TEST(Table, MissingCellsAreBlankAndLineBreaksFlattened) {
   EXPECT_EQ(printed(table), "A    B\nx y\n1 row\n");
 }
 
+struct ControlCase {
+  const char* name;
+  std::string cell;
+  std::string shown;
+};
+
+class TableControls : public ::testing::TestWithParam<ControlCase> {};
+
+// Names come from the service: nothing in them may reach the terminal as a control.
+TEST_P(TableControls, ReplacesEveryControlCharacter) {
+  Table table({{"A", 20}}, "row", "rows");
+  table.addRow({GetParam().cell});
+  EXPECT_EQ(printed(table), "A\n" + GetParam().shown + "\n1 row\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, TableControls,
+                         ::testing::Values(ControlCase{"Escape", "a\x1B[2Jb", "a\xEF\xBF\xBD[2Jb"},
+                                           ControlCase{"BellAndDelete", "a\ab\x7F",
+                                                       "a\xEF\xBF\xBD"
+                                                       "b\xEF\xBF\xBD"},
+                                           ControlCase{"Nul", std::string("a\0b", 3),
+                                                       "a\xEF\xBF\xBD"
+                                                       "b"},
+                                           ControlCase{"C1Csi",
+                                                       "a\xC2\x9B"
+                                                       "2J",
+                                                       "a\xEF\xBF\xBD"
+                                                       "2J"},
+                                           ControlCase{"C1Boundaries", "\xC2\x80\xC2\x9F\xC2\xA0",
+                                                       "\xEF\xBF\xBD\xEF\xBF\xBD\xC2\xA0"},
+                                           ControlCase{"LineBreaksAndTabs", "a\r\nb\tc", "a  b c"}),
+                         [](const auto& testCase) { return std::string(testCase.param.name); });
+
 struct TruncateCase {
   const char* name;
   std::string text;

@@ -129,6 +129,38 @@ TEST(HelpCenterParserTest, WrongTypesNeverFailAParse) {
   EXPECT_EQ(article.title, "");
 }
 
+struct IdCase {
+  const char* name;
+  const char* json;
+  std::optional<std::int64_t> id;
+};
+
+class IdRangeTest : public ::testing::TestWithParam<IdCase> {};
+
+// Clamped, ids past the 64-bit range would all become one id.
+TEST_P(IdRangeTest, AnIdOutOfRangeIsNoId) {
+  std::vector<std::string> warnings;
+  quorvel::CoreLogger::setSink([&warnings](quorvel::LogLevel level, std::string_view line) {
+    if (level == quorvel::LogLevel::warn) warnings.emplace_back(line);
+  });
+  const auto article = QVKHelpCenterArticle::parseArticle(object(GetParam().json));
+  quorvel::CoreLogger::resetForTesting();
+  EXPECT_EQ(article.identifier, GetParam().id);
+  EXPECT_EQ(warnings.size(), GetParam().id ? 0u : 1u);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Ids, IdRangeTest,
+    ::testing::Values(IdCase{"Largest", R"({"id": 9223372036854775807})", INT64_MAX},
+                      IdCase{"Smallest", R"({"id": -9223372036854775808})", INT64_MIN},
+                      IdCase{"TwoToThe63", R"({"id": 9223372036854775808})", std::nullopt},
+                      IdCase{"TwoToThe64", R"({"id": 18446744073709551616})", std::nullopt},
+                      IdCase{"TwoToThe63AsDouble", R"({"id": 9.223372036854775808e18})",
+                             std::nullopt},
+                      IdCase{"Huge", R"({"id": 1e32})", std::nullopt},
+                      IdCase{"Infinite", R"({"id": 1e400})", std::nullopt}),
+    [](const auto& param) { return std::string(param.param.name); });
+
 TEST(HelpCenterParserTest, FlatArticlesSortByCategorySectionAndTitleIgnoringCase) {
   const auto response = object(R"({
     "articles": [{"id":1,"section_id":10,"title":"z"}, {"id":2,"section_id":20,"title":"a"},

@@ -22,8 +22,8 @@ constexpr const char* kVoteError =
 
 QVKHelpCenterArticle QVKHelpCenterArticle::parseArticle(const boost::json::object& json) {
   QVKHelpCenterArticle article;
-  article.identifier = J::number(json, "id");
-  article.section_id = J::number(json, "section_id");
+  article.identifier = J::identifier(json, "id");
+  article.section_id = J::identifier(json, "section_id");
   article.title = parseHTMLString(json.if_contains("title"));
   if (const auto* body = json.if_contains("body")) {
     if (body->is_null()) {
@@ -33,7 +33,7 @@ QVKHelpCenterArticle QVKHelpCenterArticle::parseArticle(const boost::json::objec
       article.body.emplace(text.data(), text.size());
     }
   }
-  article.author_id = J::number(json, "author_id");
+  article.author_id = J::identifier(json, "author_id");
   article.created_at = QVKDateUtil::dateForJsonString(json.if_contains("created_at"));
   article.position = J::integerValue(json, "position");
   article.outdated = J::boolValue(json, "outdated");

@@ -12,11 +12,11 @@ using J = JsonValueConversion;
 QVKHelpCenterArticleVote QVKHelpCenterArticleVote::parseArticleVote(
     const boost::json::object& json) {
   QVKHelpCenterArticleVote vote;
-  vote.identifier = J::number(json, "id");
+  vote.identifier = J::identifier(json, "id");
   vote.url = J::string(json, "url");
-  vote.userId = J::number(json, "user_id");
+  vote.userId = J::identifier(json, "user_id");
   vote.value = J::numberText(json, "value");
-  vote.itemId = J::number(json, "item_id");
+  vote.itemId = J::identifier(json, "item_id");
   vote.itemType = J::string(json, "item_type");
   vote.createdAt = QVKDateUtil::dateForJsonString(json.if_contains("created_at"));
   vote.updatedAt = QVKDateUtil::dateForJsonString(json.if_contains("updated_at"));

@@ -11,9 +11,9 @@ using J = JsonValueConversion;
 
 QVKHelpCenterAttachment QVKHelpCenterAttachment::parseAttachment(const boost::json::object& json) {
   QVKHelpCenterAttachment attachment;
-  attachment.identifier = J::number(json, "id");
+  attachment.identifier = J::identifier(json, "id");
   attachment.url = J::string(json, "url");
-  attachment.article_id = J::number(json, "article_id");
+  attachment.article_id = J::identifier(json, "article_id");
   attachment.file_name = J::string(json, "file_name");
   attachment.content_url = J::string(json, "content_url");
   attachment.content_type = J::string(json, "content_type");

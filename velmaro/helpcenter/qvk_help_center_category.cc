@@ -8,7 +8,7 @@ using J = JsonValueConversion;
 
 QVKHelpCenterCategory QVKHelpCenterCategory::parseCategory(const boost::json::object& json) {
   QVKHelpCenterCategory category;
-  category.identifier = J::number(json, "id");
+  category.identifier = J::identifier(json, "id");
   category.name = J::string(json, "name");
   category.categoryDescription = J::string(json, "description");
   category.position = J::integerValue(json, "position");

@@ -63,7 +63,7 @@ QVKHelpCenterParser::UserLookup QVKHelpCenterParser::createAuthorLookup(
   lookup.reserve(users.size());
   for (const auto& element : users) {
     const auto& user = J::asObject(element);
-    auto id = J::number(user, "id");
+    auto id = J::identifier(user, "id");
     auto name = J::string(user, "name");
     if (id && name) lookup.insert_or_assign(*id, std::move(*name));
   }

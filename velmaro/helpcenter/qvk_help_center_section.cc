@@ -8,8 +8,8 @@ using J = JsonValueConversion;
 
 QVKHelpCenterSection QVKHelpCenterSection::parseSection(const boost::json::object& json) {
   QVKHelpCenterSection section;
-  section.identifier = J::number(json, "id");
-  section.category_id = J::number(json, "category_id");
+  section.identifier = J::identifier(json, "id");
+  section.category_id = J::identifier(json, "category_id");
   section.name = J::string(json, "name");
   section.sectionDescription = J::string(json, "description");
   section.position = J::integerValue(json, "position");

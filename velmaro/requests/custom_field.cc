@@ -21,20 +21,17 @@ void CustomField::setValue(std::optional<boost::json::value> value) {
 
 CustomField CustomField::initWithFieldId(const boost::json::value& fieldId,
                                          std::optional<boost::json::value> value) {
-  return {JsonValueConversion::number(&fieldId).value_or(0), std::move(value)};
+  return {JsonValueConversion::identifier(&fieldId).value_or(0), std::move(value)};
 }
 
 CustomField CustomField::initWithDictionary(const boost::json::object& json) {
   const auto* id = json.if_contains("id");
-  std::int64_t fieldId = 0;
-  if (id != nullptr && id->is_number()) {
-    fieldId = JsonValueConversion::number(id).value_or(0);
-  } else {
-    quorvel::CoreLogger::warn(kIdNotInt64Warning);
-  }
+  std::optional<std::int64_t> fieldId;
+  if (id != nullptr && id->is_number()) fieldId = JsonValueConversion::identifier(id);
+  if (!fieldId) quorvel::CoreLogger::warn(kIdNotInt64Warning);
   std::optional<boost::json::value> value;
   if (const auto* v = json.if_contains("value")) value = *v;
-  return {fieldId, std::move(value)};
+  return {fieldId.value_or(0), std::move(value)};
 }
 
 boost::json::object CustomField::customFieldDictionary() const {

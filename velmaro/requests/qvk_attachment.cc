@@ -21,7 +21,7 @@ double floatValue(const boost::json::object& json, std::string_view key) {
 
 QVKAttachment QVKAttachment::parse(const boost::json::object& json, int depth) {
   QVKAttachment attachment;
-  attachment.attachmentId = J::number(json, "id");
+  attachment.attachmentId = J::identifier(json, "id");
   attachment.filename = J::string(json, "file_name");
   attachment.contentURLString = J::string(json, "content_url");
   attachment.contentType = J::string(json, "content_type");

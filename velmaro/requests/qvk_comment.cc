@@ -18,11 +18,11 @@ std::optional<QVKComment> QVKComment::initWithDictionary(const boost::json::valu
 std::optional<QVKComment> QVKComment::initWithDictionary(const boost::json::object& json) {
   if (json.empty()) return std::nullopt;
   QVKComment comment;
-  comment.commentId = J::number(json, "id");
+  comment.commentId = J::identifier(json, "id");
   comment.body = J::string(json, "body");
   if (auto html = J::string(json, "html_body"))
     comment.htmlBody = HTMLSanitizer::cleanWithHtml(*html);
-  comment.authorId = J::number(json, "author_id");
+  comment.authorId = J::identifier(json, "author_id");
   comment.createdAt = QVKDateUtil::dateForJsonString(json.if_contains("created_at"));
   comment.requestId = J::numberText(json, "request_id");
   comment.attachments = parseAttachments(J::array(json, "attachments"));

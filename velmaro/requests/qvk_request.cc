@@ -21,7 +21,7 @@ std::optional<std::vector<std::int64_t>> idList(const boost::json::object& json,
   if (!value || !value->is_array()) return std::nullopt;
   std::vector<std::int64_t> ids;
   for (const auto& element : value->get_array()) {
-    if (auto id = J::number(&element)) ids.push_back(*id);
+    if (auto id = J::identifier(&element)) ids.push_back(*id);
   }
   return ids;
 }
@@ -35,7 +35,7 @@ std::optional<QVKRequest::TimePoint> date(const boost::json::object& json, std::
 QVKRequest QVKRequest::initWithDict(const boost::json::object& json) {
   QVKRequest request;
   request.requestId = J::numberText(json, "id");
-  request.requesterId = J::number(json, "requester_id");
+  request.requesterId = J::identifier(json, "requester_id");
   request.status = J::string(json, "status");
   request.subject = J::string(json, "subject");
   request.requestDescription = J::string(json, "description");

@@ -10,7 +10,7 @@ using J = JsonValueConversion;
 
 QVKSupportUser QVKSupportUser::initWithDictionary(const boost::json::object& json) {
   QVKSupportUser user;
-  user.userId = J::number(json, "id");
+  user.userId = J::identifier(json, "id");
   user.name = J::string(json, "name");
   user.isAgent = J::boolValue(json, "agent");
   user.tags = J::stringArray(json, "tags");

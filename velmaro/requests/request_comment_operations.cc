@@ -157,7 +157,7 @@ QVKComment RequestCommentOperations::createCommentWithJson(
   if (!comment) {
     comment.emplace();
     comment->body = body;
-    comment->authorId = J::number(request, "requester_id");
+    comment->authorId = J::identifier(request, "requester_id");
     comment->requestId = requestId;
     comment->createdAt = std::chrono::system_clock::now();
   }

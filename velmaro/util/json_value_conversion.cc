@@ -4,6 +4,10 @@
 #include <cstdio>
 #include <limits>
 
+#include <boost/json/serialize.hpp>
+
+#include "quorvel/core_logger.h"
+
 namespace velmaro {
 namespace {
 
@@ -83,6 +87,32 @@ std::optional<std::int64_t> JsonValueConversion::number(const boost::json::value
 std::optional<std::int64_t> JsonValueConversion::number(const boost::json::object& json,
                                                         std::string_view key) {
   return number(json.if_contains(key));
+}
+
+std::optional<std::int64_t> JsonValueConversion::identifier(const boost::json::value* value) {
+  if (value == nullptr) return std::nullopt;
+  if (value->is_uint64() &&
+      value->get_uint64() > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+    return std::nullopt;
+  }
+  // 2^63 is exact as a double; NaN and the infinities fail both tests.
+  if (value->is_double() && !(value->get_double() >= -9.2233720368547758e18 &&
+                              value->get_double() < 9.2233720368547758e18)) {
+    return std::nullopt;
+  }
+  return number(value);
+}
+
+std::optional<std::int64_t> JsonValueConversion::identifier(const boost::json::object& json,
+                                                            std::string_view key) {
+  const auto* value = json.if_contains(key);
+  auto id = identifier(value);
+  if (!id && value != nullptr && value->is_number()) {
+    quorvel::CoreLogger::warn(
+        "An answer's \"" + std::string(key) +
+        "\" is out of the 64-bit range and is read as no id: " + boost::json::serialize(*value));
+  }
+  return id;
 }
 
 std::int64_t JsonValueConversion::integerValue(const boost::json::value* value) {

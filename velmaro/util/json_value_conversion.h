@@ -21,6 +21,13 @@ class JsonValueConversion {
   static std::optional<std::string> string(const boost::json::object& json, std::string_view key);
   // A JSON number kept as a 64-bit number (fractions truncated).
   static std::optional<std::int64_t> number(const boost::json::object& json, std::string_view key);
+  // An id: a JSON number in the signed 64-bit range (fractions truncated).
+  // One out of that range (2^63, 1e32) is no id rather than the largest one,
+  // which would give distinct records the same id; the keyed form logs it as
+  // a warning.
+  static std::optional<std::int64_t> identifier(const boost::json::object& json,
+                                                std::string_view key);
+  static std::optional<std::int64_t> identifier(const boost::json::value* value);
   static std::int64_t integerValue(const boost::json::object& json, std::string_view key);
   static std::uint64_t unsignedValue(const boost::json::object& json, std::string_view key);
   static bool boolValue(const boost::json::object& json, std::string_view key);
