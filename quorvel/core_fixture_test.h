@@ -135,6 +135,11 @@ class CoreTest : public ::testing::Test {
     QuorvelOptions options;
     options.mainQueue = loop_;
     options.dataDirectory = dataDirectory_;
+    // Not the program's own user defaults under the home folder.
+    if (!userDefaults_) {
+      userDefaults_ = std::make_shared<platform::UserDefaults>(dataDirectory_ / "defaults.sqlite");
+    }
+    options.userDefaults = userDefaults_;
     // QUORVEL_TEST_LOG=1 shows the core's log while debugging a test.
     options.logLevel =
         std::getenv("QUORVEL_TEST_LOG") != nullptr ? LogLevel::verbose : LogLevel::off;
@@ -203,6 +208,7 @@ class CoreTest : public ::testing::Test {
   }
 
   std::filesystem::path dataDirectory_;
+  std::shared_ptr<platform::UserDefaults> userDefaults_;
   std::shared_ptr<platform::RunLoop> loop_;
   std::shared_ptr<Quorvel> quorvel_;
 };

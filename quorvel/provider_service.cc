@@ -82,6 +82,12 @@ Headers ProviderService::withOwnHeaders(Headers headers) const {
   return headers;
 }
 
+void ProviderService::removeCachedAnswer() const {
+  if (const auto services = environment_.services()) {
+    services->executor().removeCached(urlComponent_, requiresAuth_);
+  }
+}
+
 void ProviderService::perform(Callback callback) const {
   const auto services = environment_.services();
   auto queue = dispatchQueue_;

@@ -39,6 +39,9 @@ class ProviderService {
                   std::shared_ptr<CachedHTTPURLResponseDelegate> cachingDelegate = nullptr);
 
   void perform(Callback callback) const;
+  // Removes the HTTP cache's entry for this request (for the current
+  // identity), e.g. when its answer turned out to be unreadable. Any thread.
+  void removeCachedAnswer() const;
 
   // Files, limit, progress and cancellation of this request (none by
   // default); its progress is delivered on the dispatch queue.

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -41,6 +42,11 @@ std::string folderName(const std::string& appId) {
   return name;
 }
 
+std::optional<std::string> stringValue(const std::optional<boost::json::value>& value) {
+  if (!value || !value->is_string()) return std::nullopt;
+  return std::string(value->get_string());
+}
+
 std::string withoutTrailingSlash(std::string url) {
   while (!url.empty() && url.back() == '/') url.pop_back();
   return url;
@@ -51,6 +57,7 @@ std::string withoutTrailingSlash(std::string url) {
 struct Quorvel::Parts {
   std::shared_ptr<platform::MainQueue> mainQueue;
   std::filesystem::path dataDirectory;
+  std::shared_ptr<platform::UserDefaults> userDefaults;
   std::shared_ptr<CoreServices> services;
   AccountDetails accountDetails{"", "", ""};
   ProviderModule providerModule;
@@ -78,6 +85,8 @@ std::shared_ptr<Quorvel> Quorvel::initialize(std::string appId, std::string quor
                                       : std::make_shared<platform::SerialThreadQueue>();
   parts.dataDirectory = options.dataDirectory.value_or(defaultDataDirectory(appId));
   platform::PrivateDirectory::create(parts.dataDirectory);
+  parts.userDefaults =
+      options.userDefaults ? std::move(options.userDefaults) : platform::UserDefaults::standard();
 
   quorvelUrl = withoutTrailingSlash(std::move(quorvelUrl));
   TransportLimits limits{options.connectTimeout, options.requestTimeout, options.maxResponseBytes};
@@ -102,6 +111,7 @@ std::shared_ptr<Quorvel> Quorvel::initialize(std::string appId, std::string quor
 Quorvel::Quorvel(Parts parts)
     : mainQueue_(std::move(parts.mainQueue)),
       dataDirectory_(std::move(parts.dataDirectory)),
+      userDefaults_(std::move(parts.userDefaults)),
       services_(std::move(parts.services)),
       accountDetails_(std::move(parts.accountDetails)),
       providerModule_(std::move(parts.providerModule)),
@@ -140,20 +150,43 @@ std::shared_ptr<const Identity> Quorvel::identity() const {
 void Quorvel::setIdentity(std::shared_ptr<const Identity> identity) {
   if (const auto* anonymous = dynamic_cast<const AnonymousIdentity*>(identity.get());
       anonymous != nullptr && anonymous->guid().empty()) {
-    const auto& store = *services_->sessionStore();
-    std::string guid;
-    if (const auto kept = store.value(kAnonymousGuidKey); kept && kept->is_string()) {
-      guid = std::string(kept->get_string());
-    } else {
-      guid = AnonymousIdentity::makeGuid();
-      services_->sessionStore()->store(boost::json::value(guid), kAnonymousGuidKey);
-    }
-    identity = std::make_shared<AnonymousIdentity>(anonymous->withGuid(std::move(guid)));
+    identity = std::make_shared<AnonymousIdentity>(anonymous->withGuid(keptAnonymousGuid()));
   }
   const auto previous = services_->identity();
   const bool sameUser = previous && identity && previous->scope() == identity->scope();
   if (!sameUser) services_->tokens().clear();
   services_->setIdentity(std::move(identity));
+}
+
+std::string Quorvel::guidMirrorKey() const {
+  std::error_code ec;
+  auto folder = std::filesystem::weakly_canonical(dataDirectory_, ec);
+  if (ec) folder = std::filesystem::absolute(dataDirectory_, ec);
+  return fmt::format("{}:{}", kAnonymousGuidKey, (ec ? dataDirectory_ : folder).string());
+}
+
+// On the caller's thread; both stores are safe from any thread.
+std::string Quorvel::keptAnonymousGuid() {
+  auto& store = *services_->sessionStore();
+  const auto mirrorKey = guidMirrorKey();
+  const auto kept = stringValue(store.value(kAnonymousGuidKey));
+  const auto mirrored = stringValue(userDefaults_->value(mirrorKey));
+  if (kept) {
+    // Stores from before the mirror, or a mirror lost on its own.
+    if (kept != mirrored) userDefaults_->set(mirrorKey, boost::json::value(*kept));
+    return *kept;
+  }
+  std::string guid;
+  if (mirrored) {
+    guid = *mirrored;
+    CoreLogger::warn(
+        "The session store had lost the anonymous guid; restored it from the user defaults");
+  } else {
+    guid = AnonymousIdentity::makeGuid();
+    userDefaults_->set(mirrorKey, boost::json::value(guid));
+  }
+  store.store(boost::json::value(guid), kAnonymousGuidKey);
+  return guid;
 }
 
 }  // namespace quorvel

@@ -42,7 +42,9 @@ class Quorvel {
 
   std::shared_ptr<const Identity> identity() const;
   // An anonymous identity without a guid gets this device's kept guid (made
-  // on first use). A different identity drops the kept access token.
+  // on first use, kept in the session store and mirrored in the user
+  // defaults, from where it comes back when the session store lost it). A
+  // different identity drops the kept access token.
   void setIdentity(std::shared_ptr<const Identity> identity);
 
   const AccountDetails& accountDetails() const { return accountDetails_; }
@@ -56,9 +58,14 @@ class Quorvel {
  private:
   struct Parts;
   explicit Quorvel(Parts parts);
+  // The kept anonymous guid, made or restored when the session store lacks it.
+  std::string keptAnonymousGuid();
+  // The user defaults are per program: the key names this data directory.
+  std::string guidMirrorKey() const;
 
   std::shared_ptr<platform::MainQueue> mainQueue_;
   std::filesystem::path dataDirectory_;
+  std::shared_ptr<platform::UserDefaults> userDefaults_;
   std::shared_ptr<CoreServices> services_;
   AccountDetails accountDetails_;
   ProviderModule providerModule_;

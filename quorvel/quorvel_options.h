@@ -8,6 +8,7 @@
 
 #include "quorvel/core_logger.h"
 #include "quorvel/platform/main_queue.h"
+#include "quorvel/platform/user_defaults.h"
 
 namespace quorvel {
 
@@ -17,6 +18,9 @@ struct QuorvelOptions {
   // Where the session store, HTTP cache and blip queue live. Default:
   // $XDG_DATA_HOME (or ~/.local/share)/quorvel/<app id>.
   std::optional<std::filesystem::path> dataDirectory;
+  // Where the anonymous guid is mirrored, so that a lost session store does
+  // not orphan the anonymous user's requests. Default: UserDefaults::standard().
+  std::shared_ptr<platform::UserDefaults> userDefaults;
   LogLevel logLevel = LogLevel::info;
   // Replaces the logger's sink when given.
   CoreLogger::Sink logSink;

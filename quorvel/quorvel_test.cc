@@ -1,11 +1,14 @@
 #include "quorvel/quorvel.h"
 
 #include <cstdlib>
+#include <fstream>
+#include <mutex>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "quorvel/anonymous_identity.h"
+#include "quorvel/blips_provider.h"
 #include "quorvel/core_fixture_test.h"
 
 namespace quorvel::testing {
@@ -68,6 +71,78 @@ TEST_F(QuorvelTest, EveryFolderItMakesIsTheOwnersOnlyWhateverTheUmask) {
     EXPECT_EQ(info.st_mode & 07777, 0700u) << folder;
   }
 }
+
+struct DamageCase {
+  const char* file;
+};
+
+// 8 KB of garbage past the first page: the file still opens, and the damage
+// shows on the first statement that reads a table.
+class QuorvelDamagedStoreTest : public QuorvelTest,
+                                public ::testing::WithParamInterface<DamageCase> {
+ protected:
+  QuorvelOptions options() override {
+    auto opts = QuorvelTest::options();
+    opts.logLevel = LogLevel::error;
+    // Stores log from whichever thread meets the damage.
+    opts.logSink = [this](LogLevel, std::string_view line) {
+      std::lock_guard lock(mutex_);
+      if (line.find("moved it aside") != std::string_view::npos) ++movedAside_;
+    };
+    return opts;
+  }
+
+  std::string anonymousGuid() {
+    quorvel_->setIdentity(std::make_shared<AnonymousIdentity>());
+    return std::dynamic_pointer_cast<const AnonymousIdentity>(quorvel_->identity())->guid();
+  }
+
+  void damage(const std::filesystem::path& file) {
+    quorvel_->shutdown();
+    quorvel_.reset();
+    Quorvel::resetForTesting();  // closes every store
+    std::fstream out(file, std::ios::in | std::ios::out | std::ios::binary);
+    ASSERT_TRUE(out);
+    out.seekp(4096);
+    out << std::string(8192, 'g');
+  }
+
+  int asides() const {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(dataDirectory_)) {
+      const auto name = entry.path().filename().string();
+      const bool side = name.ends_with("-wal") || name.ends_with("-shm");
+      count += name.starts_with(std::string(GetParam().file) + ".corrupt-") && !side ? 1 : 0;
+    }
+    return count;
+  }
+
+  std::mutex mutex_;
+  int movedAside_ = 0;
+};
+
+TEST_P(QuorvelDamagedStoreTest, IsMovedAsideAndTheAnonymousUserKeepsTheirGuid) {
+  start(server_.url());
+  const auto guid = anonymousGuid();
+  damage(dataDirectory_ / GetParam().file);
+
+  start(server_.url());
+  // The statement that meets the damage fails; the next one runs on the fresh file.
+  quorvel_->providerModule().blip->pendingCount();
+  EXPECT_EQ(quorvel_->providerModule().blip->pendingCount(), 0u);
+  EXPECT_EQ(anonymousGuid(), guid);
+  EXPECT_EQ(asides(), 1);
+  std::lock_guard lock(mutex_);
+  EXPECT_EQ(movedAside_, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stores, QuorvelDamagedStoreTest,
+                         ::testing::Values(DamageCase{"session.sqlite"},
+                                           DamageCase{"blips.sqlite"}),
+                         [](const auto& param) {
+                           std::string name = param.param.file;
+                           return name.substr(0, name.find('.'));
+                         });
 
 TEST(QuorvelDataDirectoryTest, DefaultsToAPerUserFolderForTheApp) {
   const char* saved = std::getenv("XDG_DATA_HOME");

@@ -51,13 +51,27 @@ std::string RequestExecutor::cacheKey(const std::string& url, const std::string&
   return scope.empty() ? url : url + "\n" + scope;
 }
 
+bool RequestExecutor::sendsToken(const std::string& url, bool requiresAuth) const {
+  return requiresAuth &&
+         ConnectionLedger::originOf(url) == ConnectionLedger::originOf(services_.quorvelUrl());
+}
+
+std::string RequestExecutor::keyFor(const std::string& url, bool requiresAuth) const {
+  if (!requiresAuth) return cacheKey(url, std::string());
+  const auto identity = services_.identity();
+  return cacheKey(url, identity ? identity->scope() : std::string("none"));
+}
+
+void RequestExecutor::removeCached(const std::string& url, bool requiresAuth) {
+  services_.httpCache().remove(keyFor(url, sendsToken(url, requiresAuth)));
+}
+
 void RequestExecutor::execute(Job job, Completion completion) {
   auto call = std::make_shared<Call>();
   call->job = std::move(job);
   call->completion = std::move(completion);
   const auto identity = services_.identity();
-  if (call->job.requiresAuth && ConnectionLedger::originOf(call->job.url) !=
-                                    ConnectionLedger::originOf(services_.quorvelUrl())) {
+  if (call->job.requiresAuth && !sendsToken(call->job.url, true)) {
     // The access token is the service's: a URL elsewhere (an attachment on
     // another host, say) is asked for without it.
     CoreLogger::debug(fmt::format("{} is not on the service's host; sending it without the token",
@@ -69,9 +83,7 @@ void RequestExecutor::execute(Job job, Completion completion) {
   // (a 304 included), not ours.
   if (call->job.method == HttpMethod::get && !call->job.transfer &&
       !hasHeader(call->job.headers, "If-None-Match")) {
-    std::string scope;
-    if (call->job.requiresAuth) scope = identity ? identity->scope() : std::string("none");
-    call->cacheKey = cacheKey(call->job.url, scope);
+    call->cacheKey = keyFor(call->job.url, call->job.requiresAuth);
     if (auto entry = services_.httpCache().lookup(call->cacheKey)) {
       if (entry->isFresh(nowSeconds())) {
         answerFromCache(*call, *entry);

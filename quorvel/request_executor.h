@@ -54,9 +54,18 @@ class RequestExecutor {
   // scope of the identity it is made for, so that one user's answers are
   // never served to another.
   static std::string cacheKey(const std::string& url, const std::string& scope);
+  // Drops what the HTTP cache holds for a GET of `url` made now, for an
+  // answer its caller could not read: kept, it would be served again for its
+  // whole lifetime.
+  void removeCached(const std::string& url, bool requiresAuth);
 
  private:
   struct Call;
+
+  // False for a URL off the service's origin, which is sent without the token.
+  bool sendsToken(const std::string& url, bool requiresAuth) const;
+  // The key of a GET of `url` for the current identity.
+  std::string keyFor(const std::string& url, bool requiresAuth) const;
 
   void send(std::shared_ptr<Call> call, std::optional<std::string> token);
   void handle(const std::shared_ptr<Call>& call, platform::Result<TransportResponse> result);

@@ -135,5 +135,17 @@ TEST_F(HelpCenterProviderErrorsTest, AMalformedBodyOnSuccessAnswersAnEmptyList) 
               ElementsAre("QV_HC_CategoriesStarting", "QV_HC_CategoriesUpdated"));
 }
 
+// Kept, the unreadable answer would be served from the HTTP cache for its
+// whole lifetime.
+TEST_F(HelpCenterProviderErrorsTest, AMalformedBodyIsNotServedAgainFromTheCache) {
+  injectFault(R"("malformed":true)", "/api/v2/help_center/");
+  auto getCategories = [&](auto cb) { provider_->getCategoriesWithLocale("en-us", std::move(cb)); };
+  list<QVKHelpCenterCategory>(getCategories);
+  auto answers = list<QVKHelpCenterCategory>(getCategories);
+  ASSERT_EQ(answers->size(), 1u);
+  ASSERT_TRUE((*answers)[0].result);
+  EXPECT_THAT(*(*answers)[0].result, ::testing::Not(IsEmpty()));
+}
+
 }  // namespace
 }  // namespace velmaro::testing

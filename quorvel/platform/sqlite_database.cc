@@ -1,7 +1,9 @@
 #include "quorvel/platform/sqlite_database.h"
 
 #include <chrono>
+#include <mutex>
 #include <system_error>
+#include <unordered_map>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -30,29 +32,81 @@ bool isBusy(int result) {
 constexpr int kOpenAttempts = 3;
 constexpr int kBusyTimeoutMs = 2000;
 
+// Which SqliteDatabase owns each open file connection, so that a statement,
+// which knows only its connection, can have a damaged file replaced. Any
+// thread; the mutex is never held while a database is worked on.
+std::mutex& ownersMutex() {
+  static std::mutex m;
+  return m;
+}
+
+std::unordered_map<sqlite3*, SqliteDatabase*>& owners() {
+  static std::unordered_map<sqlite3*, SqliteDatabase*> map;
+  return map;
+}
+
+std::uint64_t inodeOf(const std::filesystem::path& file) {
+  struct stat info {};
+  return ::stat(file.c_str(), &info) == 0 ? static_cast<std::uint64_t>(info.st_ino) : 0;
+}
+
 }  // namespace
 
 SqliteDatabase::SqliteDatabase(std::filesystem::path file, std::string schema, ProblemLog problems)
     : path_(std::move(file)), schema_(std::move(schema)), problems_(std::move(problems)) {
+  openOrFallBack();
+}
+
+void SqliteDatabase::openOrFallBack() {
   int result = openWaitingWhileBusy();
-  if (result == SQLITE_OK) {
-    persistent_ = true;
-    return;
-  }
   std::error_code ec;
   if (isDamaged(result) && std::filesystem::exists(path_, ec)) {
-    moveAside();
+    moveAside(sqlite3_errstr(result));
     result = openWaitingWhileBusy();
-    if (result == SQLITE_OK) {
-      persistent_ = true;
-      return;
-    }
+  }
+  if (result == SQLITE_OK) {
+    persistent_ = true;
+    inode_ = inodeOf(path_);
+    std::lock_guard lock(ownersMutex());
+    owners()[db_] = this;
+    return;
   }
   if (problems_) {
     problems_(fmt::format("Cannot open {} ({}); keeping its data in memory for this run",
                           path_.string(), sqlite3_errstr(result)));
   }
   open(":memory:");
+}
+
+void SqliteDatabase::noteFailure(sqlite3* db, int result) {
+  if (db == nullptr || !isDamaged(result & 0xff)) return;
+  SqliteDatabase* owner = nullptr;
+  {
+    std::lock_guard lock(ownersMutex());
+    const auto it = owners().find(db);
+    if (it != owners().end()) owner = it->second;
+  }
+  if (owner != nullptr) owner->recover(result & 0xff);
+}
+
+void SqliteDatabase::recover(int result) {
+  if (!persistent_) return;
+  persistent_ = false;
+  // Statements of this connection may still be alive in the caller's frames:
+  // close_v2 keeps it until they end. Its last close must not checkpoint
+  // into the old file nor delete the log by name, which by then is the fresh
+  // file's log.
+  sqlite3_db_config(db_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  close();
+  // Another process sharing the file may have met the damage first and
+  // made a fresh file: that one is healthy and stays.
+  if (inodeOf(path_) == inode_) {
+    moveAside(fmt::format("{} while in use", sqlite3_errstr(result)));
+  } else if (problems_) {
+    problems_(fmt::format("{} was damaged ({}) and has been replaced already; reopening it",
+                          path_.string(), sqlite3_errstr(result)));
+  }
+  openOrFallBack();
 }
 
 int SqliteDatabase::openWaitingWhileBusy() {
@@ -93,31 +147,54 @@ int SqliteDatabase::open(const std::string& target) {
 }
 
 void SqliteDatabase::close() {
-  if (db_ != nullptr) sqlite3_close(db_);
+  if (db_ == nullptr) return;
+  {
+    std::lock_guard lock(ownersMutex());
+    owners().erase(db_);
+  }
+  sqlite3_close_v2(db_);
   db_ = nullptr;
 }
 
-void SqliteDatabase::moveAside() {
+std::filesystem::path SqliteDatabase::asidePath() const {
   const auto stamp = std::chrono::duration_cast<std::chrono::seconds>(
                          std::chrono::system_clock::now().time_since_epoch())
                          .count();
   auto aside = path_;
   aside += fmt::format(".corrupt-{}", stamp);
+  // A second damage in the same second keeps the first file.
+  std::error_code ec;
+  for (int n = 1; n < 100 && std::filesystem::exists(aside, ec); ++n) {
+    aside = path_;
+    aside += fmt::format(".corrupt-{}.{}", stamp, n);
+  }
+  return aside;
+}
+
+void SqliteDatabase::moveAside(std::string_view reason) {
+  const auto aside = asidePath();
   std::error_code ec;
   std::filesystem::rename(path_, aside, ec);
+  // The log and index go with it: kept for whoever looks into the damage,
+  // and never replayed into the fresh file.
   for (const char* suffix : {"-wal", "-shm"}) {
     auto side = path_;
     side += suffix;
-    std::filesystem::remove(side, ec);
+    auto sideAside = aside;
+    sideAside += suffix;
+    std::filesystem::rename(side, sideAside, ec);
   }
   if (problems_) {
-    problems_(fmt::format("{} is not a usable database; moved it aside to {}", path_.string(),
-                          aside.string()));
+    problems_(fmt::format("{} is not a usable database ({}); moved it aside to {}", path_.string(),
+                          reason, aside.string()));
   }
 }
 
 bool SqliteDatabase::execute(const char* sql) {
-  return db_ != nullptr && sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+  if (db_ == nullptr) return false;
+  const int result = sqlite3_exec(db_, sql, nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK) noteFailure(db_, result);
+  return result == SQLITE_OK;
 }
 
 void SqliteDatabase::report(std::string_view what) const {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <random>
 #include <string>
 #include <thread>
@@ -32,7 +33,8 @@ struct OpenCase {
   int problems;  // lines told to the owner
 };
 
-class SqliteDatabaseTest : public testing::TestWithParam<OpenCase> {
+// A folder of its own per test, and what the database tells its owner.
+class SqliteFolderTest : public testing::Test {
  protected:
   void SetUp() override {
     dir_ = fs::temp_directory_path() / ("sqlite-test-" + std::to_string(std::random_device{}()));
@@ -71,7 +73,12 @@ class SqliteDatabaseTest : public testing::TestWithParam<OpenCase> {
   int asides() const {
     int count = 0;
     for (const auto& entry : fs::directory_iterator(dir_)) {
-      count += entry.path().filename().string().find(".corrupt-") != std::string::npos ? 1 : 0;
+      // The database itself; its log and index go along as <aside>-wal, -shm.
+      const auto name = entry.path().filename().string();
+      count += name.find(".corrupt-") != std::string::npos && !name.ends_with("-wal") &&
+                       !name.ends_with("-shm")
+                   ? 1
+                   : 0;
     }
     return count;
   }
@@ -84,6 +91,8 @@ class SqliteDatabaseTest : public testing::TestWithParam<OpenCase> {
   std::vector<std::string> problems_;
   std::jthread holder_;
 };
+
+class SqliteDatabaseTest : public SqliteFolderTest, public testing::WithParamInterface<OpenCase> {};
 
 // Reopening a good file as it is: JsonKeyValueStoreTest.
 TEST_P(SqliteDatabaseTest, OpensWhatItCanAndSaysWhatItDid) {
@@ -117,6 +126,64 @@ INSTANTIATE_TEST_SUITE_P(Files, SqliteDatabaseTest,
                                          OpenCase{"BusyFileIsWaitedForAndKept",
                                                   Before::lockedPastTheBusyTimeout, true, 0, 0}),
                          [](const auto& param) { return std::string(param.param.name); });
+
+// The first statement to read the damaged table meets it after the open.
+struct InUseCase {
+  const char* name;
+  std::function<bool(SqliteDatabase&)> first;
+};
+
+class SqliteDatabaseDamageTest : public SqliteFolderTest,
+                                 public testing::WithParamInterface<InUseCase> {
+ protected:
+  // A table over a few pages, closed, then 8 KB of garbage past the first
+  // page (the schema), so that the file still opens.
+  fs::path damagedFile() {
+    const auto file = dir_ / "store.sqlite";
+    {
+      SqliteDatabase db(file, kSchema, collect());
+      db.execute(
+          "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 200) "
+          "INSERT INTO t (v) SELECT printf('%0100d', i) FROM n");
+    }
+    std::fstream out(file, std::ios::in | std::ios::out | std::ios::binary);
+    out.seekp(4096);
+    out << std::string(8192, 'g');
+    return file;
+  }
+};
+
+TEST_P(SqliteDatabaseDamageTest, AStatementThatMeetsDamageMovesTheFileAsideAndFails) {
+  SqliteDatabase db(damagedFile(), kSchema, collect());
+  ASSERT_TRUE(db.persistent()) << "opens: the damage is past the schema";
+  EXPECT_FALSE(GetParam().first(db));
+  EXPECT_TRUE(db.persistent());
+  EXPECT_EQ(asides(), 1);
+  ASSERT_EQ(problems_.size(), 1u);
+  EXPECT_NE(problems_[0].find("moved it aside"), std::string::npos) << problems_[0];
+  // The owner's next statement runs on a fresh, empty file.
+  EXPECT_TRUE(SqliteStatement(db.handle(), "INSERT INTO t (v) VALUES ('x')").run());
+  SqliteStatement count(db.handle(), "SELECT COUNT(*) FROM t");
+  ASSERT_TRUE(count.step());
+  EXPECT_EQ(count.integer(0), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Statements, SqliteDatabaseDamageTest,
+    testing::Values(
+        InUseCase{"Read",
+                  [](SqliteDatabase& db) {
+                    SqliteStatement select(db.handle(), "SELECT v FROM t");
+                    int rows = 0;
+                    while (rows < 1000 && select.step()) ++rows;
+                    return rows == 200;
+                  }},
+        InUseCase{"Write",
+                  [](SqliteDatabase& db) {
+                    return SqliteStatement(db.handle(), "INSERT INTO t (v) VALUES ('y')").run();
+                  }},
+        InUseCase{"Execute", [](SqliteDatabase& db) { return db.execute("DELETE FROM t"); }}),
+    [](const auto& param) { return std::string(param.param.name); });
 
 }  // namespace
 }  // namespace quorvel::platform

@@ -2,13 +2,26 @@
 
 #include <sqlite3.h>
 
+#include "quorvel/platform/sqlite_database.h"
+
 namespace quorvel::platform {
 
 SqliteStatement::SqliteStatement(sqlite3* db, const char* sql) {
-  if (db == nullptr || sqlite3_prepare_v2(db, sql, -1, &stmt_, nullptr) != SQLITE_OK) {
+  if (db == nullptr) return;
+  const int result = sqlite3_prepare_v2(db, sql, -1, &stmt_, nullptr);
+  if (result != SQLITE_OK) {
     sqlite3_finalize(stmt_);
     stmt_ = nullptr;
+    SqliteDatabase::noteFailure(db, result);
   }
+}
+
+int SqliteStatement::stepOnce() {
+  const int result = sqlite3_step(stmt_);
+  if (result != SQLITE_ROW && result != SQLITE_DONE) {
+    SqliteDatabase::noteFailure(sqlite3_db_handle(stmt_), result);
+  }
+  return result;
 }
 
 SqliteStatement::~SqliteStatement() {
@@ -46,12 +59,12 @@ void SqliteStatement::bindNull(int index) {
 }
 
 bool SqliteStatement::step() {
-  return stmt_ != nullptr && sqlite3_step(stmt_) == SQLITE_ROW;
+  return stmt_ != nullptr && stepOnce() == SQLITE_ROW;
 }
 
 bool SqliteStatement::run() {
   if (stmt_ == nullptr) return false;
-  const int rc = sqlite3_step(stmt_);
+  const int rc = stepOnce();
   return rc == SQLITE_DONE || rc == SQLITE_ROW;
 }
 

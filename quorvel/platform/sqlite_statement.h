@@ -11,7 +11,9 @@ struct sqlite3_stmt;
 namespace quorvel::platform {
 
 // A prepared statement that finalizes itself. Bind indexes start at 1,
-// column indexes at 0, as in SQLite.
+// column indexes at 0, as in SQLite. A failure that says the file is damaged
+// is handed to the connection's SqliteDatabase, which replaces the file: this
+// statement then fails, and the owner's next one runs on the fresh file.
 class SqliteStatement {
  public:
   SqliteStatement(sqlite3* db, const char* sql);
@@ -41,6 +43,9 @@ class SqliteStatement {
   bool isNull(int column) const;
 
  private:
+  // sqlite3_step, with a failure told to the connection's database.
+  int stepOnce();
+
   sqlite3_stmt* stmt_ = nullptr;
 };
 

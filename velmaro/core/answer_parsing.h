@@ -27,7 +27,7 @@ class AnswerParsing {
       // instead of value by value.
       unsigned char firstBlock[4096];
       boost::json::monotonic_resource arena(firstBlock, sizeof firstBlock);
-      return parse(jsonObject(response.data, &arena));
+      return parse(jsonObject(response, &arena));
     };
   }
 
@@ -46,7 +46,10 @@ class AnswerParsing {
       boost::json::monotonic_resource arena(firstBlock, sizeof firstBlock);
       boost::system::error_code ec;
       auto value = boost::json::parse(response.data.value_or(""), ec, &arena);
-      if (ec) return jsonError(ec.message());
+      if (ec) {
+        if (response.data && !response.data->empty()) response.bodyUnreadable(ec.message());
+        return jsonError(ec.message());
+      }
       if (!value.is_object()) return parse(boost::json::object(&arena));
       return parse(value.get_object());
     };
@@ -65,6 +68,18 @@ class AnswerParsing {
     return [](QVKDispatcherResponse response) -> quorvel::platform::Result<QVKDispatcherResponse> {
       return response;
     };
+  }
+
+  // As below; a body that is there but does not parse is reported to the
+  // response (logged, and kept out of the HTTP cache).
+  static boost::json::object jsonObject(const QVKDispatcherResponse& response,
+                                        boost::json::storage_ptr storage = {}) {
+    if (!response.data || response.data->empty()) return boost::json::object(storage);
+    boost::system::error_code ec;
+    auto value = boost::json::parse(*response.data, ec, storage);
+    if (ec) response.bodyUnreadable(ec.message());
+    if (ec || !value.is_object()) return boost::json::object(storage);
+    return std::move(value.as_object());
   }
 
   // The body as a JSON object; empty when it is absent, unparsable or not an

@@ -1,5 +1,6 @@
 #include "velmaro/core/dispatcher_adapter.h"
 
+#include <fmt/format.h>
 #include <strings.h>
 
 #include "quorvel/core_logger.h"
@@ -58,14 +59,7 @@ void DispatcherAdapter::performRequest(const std::shared_ptr<quorvel::Quorvel>& 
     if (completionHandler) completionHandler(std::nullopt, std::nullopt, notInitializedError());
     return;
   }
-  auto identity = quorvel->identity();
-  const bool requiresAuth =
-      EndpointKinds::requiresAuth(EndpointKinds::kindOf(*urlRequest.url), identity.get());
-  auto headers = std::make_shared<const SupportHeaders>(urlRequest.allHTTPHeaderFields());
-  quorvel::ProviderService service(quorvel->accountDetails(), urlRequest.url->absoluteString(),
-                                   requiresAuth, httpMethod(urlRequest.httpMethod),
-                                   std::move(headers), urlRequest.httpBody, quorvel->mainQueue(),
-                                   quorvel::Reporter::none, cachingDelegate());
+  auto service = serviceFor(quorvel, urlRequest);
   service.setTransfer(std::move(transfer));
   service.perform(
       [completion = std::move(completionHandler)](std::optional<std::string> data,
@@ -73,6 +67,28 @@ void DispatcherAdapter::performRequest(const std::shared_ptr<quorvel::Quorvel>& 
                                                   std::optional<Error> error) mutable {
         if (completion) completion(std::move(response), std::move(data), std::move(error));
       });
+}
+
+quorvel::ProviderService DispatcherAdapter::serviceFor(
+    const std::shared_ptr<quorvel::Quorvel>& quorvel,
+    const quorvel::platform::URLRequest& urlRequest) {
+  auto identity = quorvel->identity();
+  const bool requiresAuth =
+      EndpointKinds::requiresAuth(EndpointKinds::kindOf(*urlRequest.url), identity.get());
+  auto headers = std::make_shared<const SupportHeaders>(urlRequest.allHTTPHeaderFields());
+  return quorvel::ProviderService(quorvel->accountDetails(), urlRequest.url->absoluteString(),
+                                  requiresAuth, httpMethod(urlRequest.httpMethod),
+                                  std::move(headers), urlRequest.httpBody, quorvel->mainQueue(),
+                                  quorvel::Reporter::none, cachingDelegate());
+}
+
+void DispatcherAdapter::discardUnreadableAnswer(const std::shared_ptr<quorvel::Quorvel>& quorvel,
+                                                const quorvel::platform::URLRequest& urlRequest,
+                                                std::string_view reason) {
+  if (!urlRequest.url) return;
+  quorvel::CoreLogger::warn(fmt::format("Could not read the answer to {} ({}); not keeping it",
+                                        urlRequest.url->absoluteString(), reason));
+  if (quorvel) serviceFor(quorvel, urlRequest).removeCachedAnswer();
 }
 
 std::optional<Error> DispatcherAdapter::convertError(

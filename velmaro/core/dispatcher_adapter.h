@@ -4,11 +4,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "quorvel/http_method.h"
 #include "quorvel/http_url_response.h"
 #include "quorvel/platform/error.h"
 #include "quorvel/platform/url_request.h"
+#include "quorvel/provider_service.h"
 #include "quorvel/quorvel.h"
 #include "quorvel/transport_request.h"
 
@@ -62,8 +64,19 @@ class DispatcherAdapter {
 
   static void clearSettingsAndSession();
 
+  // A 2xx answer to `urlRequest` whose body could not be read: logged as a
+  // warning, and its HTTP cache entry removed through the core.
+  static void discardUnreadableAnswer(const std::shared_ptr<quorvel::Quorvel>& quorvel,
+                                      const quorvel::platform::URLRequest& urlRequest,
+                                      std::string_view reason);
+
   // "get", "post", "delete", "put" in any case; anything else, or none, is GET.
   static quorvel::HttpMethod httpMethod(const std::optional<std::string>& method);
+
+ private:
+  // The core call for `urlRequest`, which must have a URL.
+  static quorvel::ProviderService serviceFor(const std::shared_ptr<quorvel::Quorvel>& quorvel,
+                                             const quorvel::platform::URLRequest& urlRequest);
 };
 
 }  // namespace velmaro

@@ -63,17 +63,26 @@ void QVKAPIDispatcher::executeRequestNoBlock(
     quorvel::platform::URLRequest request, OnSuccess onSuccess, OnError onError,
     std::shared_ptr<const quorvel::TransferOptions> transfer) {
   auto url = request.url;
+  auto core = quorvel();
+  // Weak: the completion must not keep the core object alive.
+  auto unreadable = [weakCore = std::weak_ptr(core), request](std::string_view reason) {
+    DispatcherAdapter::discardUnreadableAnswer(weakCore.lock(), request, reason);
+  };
   DispatcherAdapter::performRequest(
-      quorvel(), request,
-      [url = std::move(url), onSuccess = std::move(onSuccess), onError = std::move(onError)](
-          std::optional<quorvel::HTTPURLResponse> response, std::optional<std::string> data,
-          std::optional<quorvel::platform::Error> transportError) {
+      core, request,
+      [url = std::move(url), onSuccess = std::move(onSuccess), onError = std::move(onError),
+       unreadable = std::move(unreadable)](std::optional<quorvel::HTTPURLResponse> response,
+                                           std::optional<std::string> data,
+                                           std::optional<quorvel::platform::Error> transportError) {
         if (auto error = DispatcherAdapter::convertError(response, transportError)) {
           DispatcherAdapter::logError(url, response, transportError);
           if (onError) onError(std::move(*error));
           return;
         }
-        if (onSuccess) onSuccess(QVKDispatcherResponse(std::move(response), std::move(data)));
+        if (!onSuccess) return;
+        QVKDispatcherResponse answer(std::move(response), std::move(data));
+        answer.onUnreadable = unreadable;
+        onSuccess(std::move(answer));
       },
       std::move(transfer));
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "quorvel/http_url_response.h"
 
@@ -20,8 +22,17 @@ class QVKDispatcherResponse {
     return QVKDispatcherResponse(std::move(response), std::move(data));
   }
 
+  // For the parser of a body it cannot read: the answer is logged and taken
+  // out of the HTTP cache, so that the next call asks the service again. On
+  // the main queue, where answers are parsed.
+  void bodyUnreadable(std::string_view reason) const {
+    if (onUnreadable) onUnreadable(reason);
+  }
+
   std::optional<quorvel::HTTPURLResponse> response;
   std::optional<std::string> data;
+  // Set by the dispatcher; nothing for a response made elsewhere.
+  std::function<void(std::string_view reason)> onUnreadable;
 };
 
 }  // namespace velmaro
