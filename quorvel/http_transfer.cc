@@ -63,6 +63,17 @@ TransportErrorCode mapCurlCode(CURLcode code) {
   }
 }
 
+// libcurl refuses an answer that does not begin as HTTP (it takes it for an
+// HTTP/0.9 reply) with the code it also gives a scheme it will not speak;
+// only the refused answer comes after a connection was made.
+bool answeredNotHttp(CURL* easy, CURLcode code) {
+  if (code == CURLE_WEIRD_SERVER_REPLY) return true;
+  if (code != CURLE_UNSUPPORTED_PROTOCOL) return false;
+  char* ip = nullptr;
+  return curl_easy_getinfo(easy, CURLINFO_PRIMARY_IP, &ip) == CURLE_OK && ip != nullptr &&
+         *ip != '\0';
+}
+
 constexpr long kFileBufferBytes = 256L * 1024L;
 
 std::string_view trim(std::string_view text) {
@@ -296,6 +307,7 @@ platform::Result<TransportResponse> HttpTransfer::outcome(CURLcode code) {
   }
   if (code != CURLE_OK) {
     const std::string detail = errorBuffer_[0] != '\0' ? errorBuffer_ : curl_easy_strerror(code);
+    if (answeredNotHttp(easy_, code)) return TransportError::notHttp(detail);
     return TransportError::make(mapCurlCode(code), detail);
   }
   long status = 0;

@@ -7,6 +7,7 @@
 #include "quorvel/core_logger.h"
 #include "quorvel/core_services.h"
 #include "quorvel/core_version.h"
+#include "quorvel/platform/http_status_text.h"
 #include "quorvel/platform/url_encoding.h"
 #include "quorvel/provider_service.h"
 
@@ -32,7 +33,25 @@ std::optional<KeptDocument> keptDocument(const SessionStore& store) {
   return KeptDocument{*document, fetchedAt->to_number<double>()};
 }
 
+// Why a download brought no document; nothing when it brought one.
+std::optional<platform::Error> failureOf(const std::optional<platform::Error>& error,
+                                         const std::optional<HTTPURLResponse>& response,
+                                         bool downloaded) {
+  if (downloaded) return std::nullopt;
+  if (error) return error;
+  const long status = response ? response->statusCode() : 0;
+  return platform::Error::withDescription("com.quorvel.sdk", status,
+                                          status == 200
+                                              ? "The settings answer is not a JSON object"
+                                              : platform::HttpStatusText::localizedString(status));
+}
+
 }  // namespace
+
+std::optional<platform::Error> SettingsProvider::lastDownloadFailure() const {
+  std::lock_guard lock(mutex_);
+  return lastFailure_;
+}
 
 void SettingsProvider::getDocument(DocumentCallback callback) {
   const auto services = account_.services();
@@ -78,6 +97,7 @@ void SettingsProvider::download() {
       auto parsed = boost::json::parse(*data, ec);
       if (!ec && parsed.is_object()) downloaded = std::move(parsed);
     }
+    auto failure = failureOf(error, response, downloaded.has_value());
     if (!downloaded) {
       CoreLogger::warn(
           fmt::format("Settings download failed ({}); using the kept document if there is one",
@@ -94,15 +114,17 @@ void SettingsProvider::download() {
         downloaded = std::move(kept->document);
       }
     }
-    self->finishDownload(std::move(downloaded));
+    self->finishDownload(std::move(downloaded), std::move(failure));
   });
 }
 
-void SettingsProvider::finishDownload(std::optional<boost::json::value> downloaded) {
+void SettingsProvider::finishDownload(std::optional<boost::json::value> downloaded,
+                                      std::optional<platform::Error> failure) {
   std::vector<DocumentCallback> waiters;
   {
     std::lock_guard lock(mutex_);
     waiters.swap(waiting_);
+    lastFailure_ = std::move(failure);
   }
   for (auto& waiter : waiters) {
     if (waiter) waiter(downloaded);

@@ -12,6 +12,7 @@
 
 #include "quorvel/account_details.h"
 #include "quorvel/decodable_default.h"
+#include "quorvel/platform/error.h"
 #include "quorvel/platform/main_queue.h"
 
 namespace quorvel {
@@ -54,15 +55,24 @@ class SettingsProvider : public std::enable_shared_from_this<SettingsProvider> {
 
   void getDocument(DocumentCallback callback);
 
+  // Why the last download brought no document: the transport's error, or an
+  // error in the "com.quorvel.sdk" domain with the HTTP status as code (a
+  // 200 whose body is no JSON object is status 200). Nothing after a good
+  // download or before the first. Callers read it when a callback answered
+  // nothing, to say what went wrong; any thread.
+  std::optional<platform::Error> lastDownloadFailure() const;
+
  private:
   void download();
-  void finishDownload(std::optional<boost::json::value> downloaded);
+  void finishDownload(std::optional<boost::json::value> downloaded,
+                      std::optional<platform::Error> failure);
 
   AccountDetails account_;
   std::shared_ptr<platform::MainQueue> mainQueue_;
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   // Callers waiting for the download in flight.
   std::vector<DocumentCallback> waiting_;
+  std::optional<platform::Error> lastFailure_;
 };
 
 }  // namespace quorvel

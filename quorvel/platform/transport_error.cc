@@ -21,7 +21,7 @@ std::string TransportError::describe(TransportErrorCode code) {
     case TransportErrorCode::kSecureConnectionFailed:
       return "An SSL error has occurred and a secure connection to the server cannot be made.";
     case TransportErrorCode::kBadURL:
-      return "unsupported URL";
+      return "The URL is not a valid http or https URL.";
     case TransportErrorCode::kBadServerResponse:
       return "The server response was not understood.";
     case TransportErrorCode::kCannotOpenFile:
@@ -37,6 +37,12 @@ std::string TransportError::describe(TransportErrorCode code) {
 Error TransportError::make(TransportErrorCode code, const std::string& detail) {
   Error error = Error::withDescription(kDomain, static_cast<long>(code), describe(code));
   if (!detail.empty()) error.userInfo[kDetailKey] = detail;
+  return error;
+}
+
+Error TransportError::notHttp(const std::string& detail) {
+  Error error = make(TransportErrorCode::kBadServerResponse, detail);
+  error.userInfo[Error::kLocalizedDescriptionKey] = "The server's answer is not HTTP.";
   return error;
 }
 

@@ -33,6 +33,10 @@ struct TransportError {
   // An error in the transport domain with a fixed description for `code` and
   // `detail` (for example libcurl's message) in user info.
   static Error make(TransportErrorCode code, const std::string& detail = {});
+  // kBadServerResponse for a server that answered bytes that are not HTTP
+  // at all (another protocol's greeting, an HTTP/0.9 reply): the URL is
+  // fine, the server at it is not the service.
+  static Error notHttp(const std::string& detail = {});
   static std::string describe(TransportErrorCode code);
 };
 

@@ -1,5 +1,7 @@
 #include "tools/qvk/client_errors.h"
 
+#include <sstream>
+
 namespace qvk {
 
 using quorvel::platform::Error;
@@ -9,13 +11,15 @@ Error ClientErrors::missingUrl() {
 }
 
 Error ClientErrors::noAnswer(std::chrono::milliseconds waited) {
-  return Error::withDescription(
-      kDomain, kNoAnswer, "No answer within " + std::to_string(waited.count() / 1000) + " seconds");
+  std::ostringstream seconds;  // 30, or 0.5 for a fraction given to --timeout
+  seconds << static_cast<double>(waited.count()) / 1000;
+  return Error::withDescription(kDomain, kNoAnswer,
+                                "No answer within " + seconds.str() + " seconds");
 }
 
 Error ClientErrors::noSettings() {
   return Error::withDescription(kDomain, kNoSettings,
-                                "The service's settings could not be loaded or decoded");
+                                "The service's settings document does not hold these settings");
 }
 
 Error ClientErrors::notStored(const std::string& requestId) {

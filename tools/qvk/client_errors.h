@@ -22,6 +22,8 @@ class ClientErrors {
 
   static quorvel::platform::Error missingUrl();
   static quorvel::platform::Error noAnswer(std::chrono::milliseconds waited);
+  // The settings arrived but did not decode as the record asked for. When
+  // they did not arrive, the download's own error is reported instead.
   static quorvel::platform::Error noSettings();
   // The device's request store has no record of the request: marking it
   // read or unread would change nothing.

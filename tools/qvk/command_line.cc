@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "quorvel/platform/url.h"
 #include "tools/qvk/command_groups.h"
 
 namespace qvk {
@@ -17,7 +18,24 @@ namespace {
 constexpr const char* kFooter =
     "Environment: QVK_URL, QVK_APP_ID, QVK_CLIENT_ID and QVK_DATA_DIR give the defaults of\n"
     "--url, --app-id, --client-id and --data-dir.\n"
-    "Exit status: 0 success, 1 an error from the service or the library, 2 a usage error.";
+    "A command waits --timeout seconds (default 30) for its answer; uploads and downloads\n"
+    "take as long as they take.\n"
+    "Exit status: 0 success, 1 an error from the service or the library (or no answer in\n"
+    "time), 2 a usage error.";
+
+// More than 0 and at most a day: a wait is turned into milliseconds, and a
+// longer one is a typing mistake rather than a wish.
+CLI::Validator secondsValidator() {
+  return CLI::Validator(
+      [](std::string& text) -> std::string {
+        char* end = nullptr;
+        const double seconds = std::strtod(text.c_str(), &end);
+        const bool number = !text.empty() && end == text.c_str() + text.size();
+        if (number && seconds > 0 && seconds <= 86'400) return {};
+        return "expected a number of seconds greater than 0 (at most 86400), not \"" + text + "\"";
+      },
+      "SECONDS");
+}
 
 void addGlobalOptions(CLI::App& app, GlobalOptions& o) {
   app.add_option("--url", o.url, "Service base URL (default: $QVK_URL)")->type_name("URL");
@@ -35,6 +53,10 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& o) {
                  "Where the core library keeps its files (default: $QVK_DATA_DIR, else a "
                  "per-user folder)")
       ->type_name("DIR");
+  app.add_option("--timeout", o.timeoutSeconds,
+                 "Seconds to wait for each answer before giving up (default: 30)")
+      ->type_name("SECONDS")
+      ->check(secondsValidator());
   app.add_flag("--json", o.json, "Print one JSON document instead of a table");
   app.add_flag("-v", o.verbosity, "Log to standard error: -v info, -vv debug, -vvv verbose");
 }
@@ -89,6 +111,20 @@ void refuse(CLI::App& app, const CLI::ParseError& error, ParseOutcome& outcome) 
                             : message(app, error);
 }
 
+// A URL the libraries cannot use would only fail later, with an error about
+// a request; refused here it is a usage error that names the option.
+void checkUrl(CLI::App& app, ParseOutcome& outcome) {
+  const auto& text = outcome.options.url;
+  if (!text) return;
+  const auto url = quorvel::platform::Url::make(*text);
+  if (url && (url->scheme() == "http" || url->scheme() == "https") && !url->host().empty()) return;
+  outcome.exitCode = 2;
+  outcome.message = message(
+      app, CLI::ValidationError("--url", "\"" + *text +
+                                             "\" is not an http or https URL with a host, such "
+                                             "as http://127.0.0.1:8080"));
+}
+
 // CLI11 writes into `outcome` and the groups through the bindings made before.
 void run(CLI::App& app, std::vector<std::string> args, Groups& groups, ParseOutcome& outcome) {
   std::reverse(args.begin(), args.end());  // CLI11 takes them last-first
@@ -126,6 +162,7 @@ ParseOutcome CommandLine::parse(const std::vector<std::string>& args,
   addGlobalOptions(app, outcome.options);
   auto groups = declareGroups(app, false);
   run(app, args, groups, outcome);
+  if (outcome.shouldRun()) checkUrl(app, outcome);
   return outcome;
 }
 

@@ -36,9 +36,8 @@ FileUpload::Outcome FileUpload::upload(CommandContext& context, const std::strin
   const auto size = std::filesystem::file_size(path, ec);
   // An unreadable file is the transport's to report, as the upload's error.
   if (!ec) {
-    auto settings = LibraryCall::awaitValue<velmaro::AttachmentSettings>(
-        context.session, &velmaro::QVKAttachmentSettingsProvider::getAttachmentSettings,
-        ClientErrors::noSettings());
+    auto settings = LibraryCall::awaitSettings<velmaro::AttachmentSettings>(
+        context.session, &velmaro::QVKAttachmentSettingsProvider::getAttachmentSettings);
     if (!settings) return {settings.error()};
     const auto limit = settings->maxAttachmentSize();
     if (limit > 0 && size > static_cast<std::uintmax_t>(limit)) {

@@ -20,6 +20,8 @@ struct GlobalOptions {
   // Absent: the core library's per-user default folder.
   std::optional<std::string> dataDir;
   bool json = false;
+  // Seconds a command waits for its answer (more than 0); fractions allowed.
+  double timeoutSeconds = 30;
   // Number of -v: 0 quiet, 1 info, 2 debug, 3 or more verbose.
   int verbosity = 0;
 };

@@ -45,18 +45,22 @@ class LibraryCall {
     return *answer.error();
   }
 
-  // For calls that answer a value alone (the settings providers), where no
-  // value is the error `none`.
+  // For the settings providers, which answer a value alone. No value is the
+  // settings download's own error (an HTTP status, a refused connection),
+  // which the core keeps for this; when the download succeeded, the record
+  // did not decode: ClientErrors::noSettings.
   template <class T>
-  static quorvel::platform::Result<T> awaitValue(Session& session, const StartForValue<T>& start,
-                                                 const Error& none) {
+  static quorvel::platform::Result<T> awaitSettings(Session& session,
+                                                    const StartForValue<T>& start) {
     Answer<T> answer;
     start(answer.valueCallback());
     if (!session.waitUntil([&] { return answer.arrived(); })) {
       return ClientErrors::noAnswer(session.answerTimeout());
     }
-    if (!answer.value()) return none;
-    return *answer.value();
+    if (answer.value()) return *answer.value();
+    const auto& settings = session.core()->providerModule().settings;
+    auto failure = settings ? settings->lastDownloadFailure() : std::nullopt;
+    return failure.value_or(ClientErrors::noSettings());
   }
 };
 

@@ -16,7 +16,7 @@ void Output::table(const Table& table) {
 }
 
 int Output::error(const quorvel::platform::Error& error) {
-  auto hint = ErrorHints::hintFor(error, url_);
+  auto hint = ErrorHints::hintFor(error, hints_);
   if (json_) {
     // The document is for scripts; the hint is for the person running them.
     document(JsonOutput::errorDocument(error));

@@ -6,6 +6,7 @@
 #include <boost/json/value.hpp>
 
 #include "quorvel/platform/error.h"
+#include "tools/qvk/error_hints.h"
 #include "tools/qvk/table.h"
 
 namespace qvk {
@@ -16,8 +17,8 @@ namespace qvk {
 // next goes to standard error either way.
 class Output {
  public:
-  Output(std::ostream& out, std::ostream& err, bool json, std::string url)
-      : out_(out), err_(err), json_(json), url_(std::move(url)) {}
+  Output(std::ostream& out, std::ostream& err, bool json, ErrorHints::Context hints)
+      : out_(out), err_(err), json_(json), hints_(std::move(hints)) {}
 
   bool json() const { return json_; }
   std::ostream& text() { return out_; }
@@ -33,7 +34,7 @@ class Output {
   std::ostream& out_;
   std::ostream& err_;
   bool json_;
-  std::string url_;
+  ErrorHints::Context hints_;
 };
 
 }  // namespace qvk

@@ -26,7 +26,7 @@ struct Printed {
 Printed report(const Error& error, bool json) {
   std::ostringstream out;
   std::ostringstream err;
-  Output output(out, err, json, kUrl);
+  Output output(out, err, json, {kUrl});
   int status = output.error(error);
   return {status, out.str(), err.str()};
 }

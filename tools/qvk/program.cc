@@ -9,11 +9,9 @@ int Program::run(const ParseOutcome& parsed, int inputFd, std::ostream& out, std
                  bool interactive) {
   const auto& options = parsed.options;
   auto session = Session::open(options);
-  if (!session) {
-    Output output(out, err, options.json, options.url.value_or(""));
-    return output.error(session.error());
-  }
-  Output output(out, err, options.json, (*session)->url());
+  const ErrorHints::Context hints{options.url.value_or(""), options.jwt.has_value()};
+  Output output(out, err, options.json, hints);
+  if (!session) return output.error(session.error());
   CommandContext context{**session, output, inputFd, interactive};
   const int status = parsed.command->run(context);
   (*session)->finish();

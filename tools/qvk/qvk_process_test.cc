@@ -7,8 +7,6 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include "emulator/demo_identity.h"
@@ -21,19 +19,6 @@ namespace {
 using testing::InvocationResult;
 using testing::QvkInvocation;
 using velmaro::testing::EmulatorProcess;
-
-// A loopback port with nothing listening: bound, then closed again.
-int closedPort() {
-  int fd = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  socklen_t length = sizeof address;
-  getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-  close(fd);
-  return ntohs(address.sin_port);
-}
 
 class QvkProcess : public ::testing::Test {
  protected:
@@ -97,7 +82,8 @@ TEST_P(QvkRuns, ExitWithTheirStatusAndPrint) {
   std::vector<std::string> args{"--data-dir", dataDir_};
   if (c.service == Service::kEmulator) args.insert(args.end(), {"--url", emulator_->url()});
   if (c.service == Service::kRefused)
-    args.insert(args.end(), {"--url", "http://127.0.0.1:" + std::to_string(closedPort())});
+    args.insert(args.end(),
+                {"--url", "http://127.0.0.1:" + std::to_string(testing::closedLoopbackPort())});
   args.insert(args.end(), c.args.begin(), c.args.end());
   auto result = QvkInvocation::run(QVK_BINARY, args, c.input);
   EXPECT_EQ(result.status, c.status) << result.err;

@@ -1,5 +1,7 @@
 #include "tools/qvk/session.h"
 
+#include <algorithm>
+
 #include "quorvel/anonymous_identity.h"
 #include "quorvel/core_logger.h"
 #include "quorvel/jwt_identity.h"
@@ -39,12 +41,18 @@ quorvel::platform::Result<std::unique_ptr<Session>> Session::open(const GlobalOp
   coreOptions.mainQueue = loop;
   if (options.dataDir) coreOptions.dataDirectory = *options.dataDir;
   coreOptions.logLevel = logLevel(options.verbosity);
+  const auto answerTimeout = std::chrono::milliseconds(
+      static_cast<std::chrono::milliseconds::rep>(options.timeoutSeconds * 1000));
+  // The transport must not end a request sooner than the user agreed to wait.
+  coreOptions.requestTimeout = std::max(coreOptions.requestTimeout, answerTimeout);
   auto core = quorvel::Quorvel::initialize(options.appId, *options.url, options.clientId,
                                            std::move(coreOptions));
   core->setIdentity(identity(options));
   velmaro::Support::initialize(core);
   if (options.locale) velmaro::Support::instance()->setHelpCenterLocaleOverride(options.locale);
-  return std::unique_ptr<Session>(new Session(std::move(loop), std::move(core), *options.url));
+  std::unique_ptr<Session> session(new Session(std::move(loop), std::move(core), *options.url));
+  session->setAnswerTimeout(answerTimeout);
+  return session;
 }
 
 Session::~Session() {

@@ -19,13 +19,14 @@ namespace qvk {
 // service, then shuts the core down.
 class Session {
  public:
+  // The answer timeout unless --timeout says otherwise.
   static constexpr std::chrono::milliseconds kAnswerTimeout{30'000};
   // How long the main queue must stay quiet before in-flight work counts as done.
   static constexpr std::chrono::milliseconds kSettleQuiet{250};
   static constexpr std::chrono::milliseconds kSettleLimit{3'000};
   static constexpr std::chrono::milliseconds kFlushLimit{3'000};
 
-  // An error when no URL was given.
+  // An error when no URL was given. The answer timeout is --timeout's.
   static quorvel::platform::Result<std::unique_ptr<Session>> open(const GlobalOptions& options);
 
   ~Session();

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include "tools/qvk/client_errors.h"
 #include "tools/qvk/library_call.h"
 #include "tools/qvk/settings_view.h"
 #include "tools/qvk/table.h"
@@ -19,7 +18,7 @@ namespace {
 
 template <class Record>
 int print(CommandContext& context, const LibraryCall::StartForValue<Record>& fetch) {
-  auto record = LibraryCall::awaitValue<Record>(context.session, fetch, ClientErrors::noSettings());
+  auto record = LibraryCall::awaitSettings<Record>(context.session, fetch);
   if (!record) return context.output.error(record.error());
   auto json = SettingsView::toJson(*record);
   if (context.output.json()) {

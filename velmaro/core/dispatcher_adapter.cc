@@ -31,6 +31,17 @@ Error notInitializedError() {
                                 "quorvel::Quorvel::initialize and Support::initialize first.");
 }
 
+// The core's base URL when it is itself no valid URL (every request made
+// from it is then refused, so the message names it), else "".
+std::string invalidServiceUrl(const std::shared_ptr<quorvel::Quorvel>& quorvel) {
+  if (!quorvel) return {};
+  const std::string base = quorvel->accountDetails().quorvelUrl();
+  const auto url = quorvel::platform::Url::make(base);
+  const bool valid =
+      url && (url->scheme() == "http" || url->scheme() == "https") && !url->host().empty();
+  return valid ? std::string() : base;
+}
+
 }  // namespace
 
 quorvel::HttpMethod DispatcherAdapter::httpMethod(const std::optional<std::string>& method) {
@@ -48,7 +59,8 @@ void DispatcherAdapter::performRequest(const std::shared_ptr<quorvel::Quorvel>& 
                                        std::shared_ptr<const quorvel::TransferOptions> transfer) {
   if (!urlRequest.url) {
     if (completionHandler) {
-      completionHandler(std::nullopt, std::nullopt, toError(DispatcherAdapterError::invalidURL));
+      completionHandler(std::nullopt, std::nullopt,
+                        toError(DispatcherAdapterError::invalidURL, invalidServiceUrl(quorvel)));
     }
     return;
   }
