@@ -1,8 +1,5 @@
 #include "quorvel/http_cache.h"
 
-#include <boost/json/parse.hpp>
-#include <boost/json/serialize.hpp>
-
 #include "quorvel/core_logger.h"
 #include "quorvel/platform/sqlite_database.h"
 #include "quorvel/platform/sqlite_statement.h"
@@ -18,23 +15,6 @@ constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS responses (key TEXT PRIMARY KEY, url TEXT NOT NULL, "
     "http_version TEXT NOT NULL, headers TEXT NOT NULL, body BLOB NOT NULL, "
     "stored_at REAL NOT NULL, fresh_until REAL NOT NULL)";
-
-std::string headersToJson(const HttpHeaderFields& headers) {
-  boost::json::object object;
-  for (const auto& [name, value] : headers) object[name] = value;
-  return boost::json::serialize(object);
-}
-
-HttpHeaderFields headersFromJson(const std::string& text) {
-  HttpHeaderFields headers;
-  boost::system::error_code ec;
-  const auto parsed = boost::json::parse(text, ec);
-  if (ec || !parsed.is_object()) return headers;
-  for (const auto& [name, value] : parsed.get_object()) {
-    if (value.is_string()) headers.emplace(std::string(name), std::string(value.get_string()));
-  }
-  return headers;
-}
 
 constexpr std::chrono::milliseconds kWriteDelay{100};
 
@@ -189,7 +169,8 @@ std::shared_ptr<const HttpCacheEntry> HttpCache::loadFromDisk(const std::string&
   auto entry = std::make_shared<HttpCacheEntry>();
   entry->url = select.text(0);
   entry->httpVersion = select.text(1);
-  entry->headers = std::make_shared<const HttpHeaderFields>(headersFromJson(select.text(2)));
+  entry->headers =
+      std::make_shared<const HttpHeaderFields>(HttpCacheEntry::headersFromJson(select.text(2)));
   entry->body = std::make_shared<const std::string>(select.text(3));
   entry->storedAt = select.real(4);
   entry->freshUntil = select.real(5);
@@ -205,7 +186,7 @@ void HttpCache::writeBatch(const Pending& batch) {
     upsert.bind(1, key);
     upsert.bind(2, entry->url);
     upsert.bind(3, entry->httpVersion);
-    upsert.bind(4, headersToJson(*entry->headers));
+    upsert.bind(4, HttpCacheEntry::headersToJson(*entry->headers));
     upsert.bindBlob(5, *entry->body);
     upsert.bind(6, entry->storedAt);
     upsert.bind(7, entry->freshUntil);

@@ -2,6 +2,9 @@
 
 #include <charconv>
 
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+
 #include "quorvel/cache_control.h"
 
 namespace quorvel {
@@ -49,6 +52,23 @@ std::optional<HttpCacheEntry> HttpCacheEntry::fromResponse(const CachedURLRespon
   entry.freshUntil = now + static_cast<double>(lifetime > 0 ? lifetime : 0);
   if (lifetime <= 0 && !entry.etag()) return std::nullopt;
   return entry;
+}
+
+std::string HttpCacheEntry::headersToJson(const HttpHeaderFields& headers) {
+  boost::json::object object;
+  for (const auto& [name, value] : headers) object[name] = value;
+  return boost::json::serialize(object);
+}
+
+HttpHeaderFields HttpCacheEntry::headersFromJson(std::string_view text) {
+  HttpHeaderFields headers;
+  boost::system::error_code ec;
+  const auto parsed = boost::json::parse(text, ec);
+  if (ec || !parsed.is_object()) return headers;
+  for (const auto& [name, value] : parsed.get_object()) {
+    if (value.is_string()) headers.emplace(std::string(name), std::string(value.get_string()));
+  }
+  return headers;
 }
 
 }  // namespace quorvel

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "quorvel/cached_url_response.h"
 #include "quorvel/http_header_fields.h"
@@ -28,6 +29,13 @@ struct HttpCacheEntry {
   // when the rules forbid storing it or it could never be used (no lifetime
   // and no validator).
   static std::optional<HttpCacheEntry> fromResponse(const CachedURLResponse& cached, double now);
+
+  // The header fields as the cache file keeps them: one JSON object of
+  // strings. Reading takes what the file holds, whoever wrote it: text that
+  // is not such an object gives no fields, and members that are not strings
+  // are left out.
+  static std::string headersToJson(const HttpHeaderFields& headers);
+  static HttpHeaderFields headersFromJson(std::string_view text);
 };
 
 }  // namespace quorvel

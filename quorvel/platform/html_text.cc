@@ -172,7 +172,9 @@ bool HtmlText::isAlreadyPlain(std::string_view text) {
   char previous = '\0';
   for (char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    if (c == '<' || c == '&' || byte < 0x20) return false;
+    // Only printable ASCII is surely the parser's text unchanged: control
+    // characters, DEL and noncharacters such as U+FFFF are its to replace.
+    if (c == '<' || c == '&' || byte < 0x20 || byte >= 0x7f) return false;
     if (c == ' ' && previous == ' ') return false;
     previous = c;
   }

@@ -19,9 +19,10 @@ class HtmlText {
 
   // Markup dropped, entities decoded, script/style/head content dropped, white
   // space handled like a browser: runs of white space become one space, block
-  // elements and <br> start new lines, <pre> keeps its white space, and the
-  // result has no leading or trailing white space. Nothing for input that is
-  // not valid UTF-8, longer than kMaxInputBytes or with more than kMaxTags '<'.
+  // elements and <br> start new lines, <pre> keeps its white space (at the
+  // ends of the result too), and the result has no other leading or trailing
+  // white space. Nothing for input that is not valid UTF-8, longer than
+  // kMaxInputBytes or with more than kMaxTags '<'.
   static std::optional<std::string> toPlainText(std::string_view html);
 
   // Whether `text` is already its own plain text: no markup, no entity, no
