@@ -69,6 +69,27 @@ bool tagMatches(const std::string& ifNoneMatch, const std::string& tag) {
   return false;
 }
 
+// A JSON array of kOversizeBytes, written in chunks on the connection's
+// worker thread as the client reads: no copy of it is ever held, and a client
+// that gives up early ends the stream at its next write.
+void streamOversizeBody(Response& res) {
+  static const std::string chunk = [] {
+    std::string text;
+    while (text.size() < 64 * 1024) text += "0,";
+    return text;
+  }();
+  res.set_chunked_content_provider("application/json",
+                                   [](std::size_t offset, httplib::DataSink& sink) {
+                                     if (offset == 0) return sink.write("[", 1);
+                                     if (offset > kOversizeBytes) {
+                                       const bool written = sink.write("0]", 2);
+                                       sink.done();
+                                       return written;
+                                     }
+                                     return sink.write(chunk.data(), chunk.size());
+                                   });
+}
+
 // Applies a scripted fault; answers whether it replaced the real answer.
 bool applyFault(const Fault& fault, Response& res) {
   if (fault.delayMs > 0) std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
@@ -81,6 +102,10 @@ bool applyFault(const Fault& fault, Response& res) {
   if (fault.malformed) {
     res.status = fault.status ? fault.status : 200;
     res.set_content(R"({"results": [{"id": 1, "title": "cut off)", "application/json");
+    return true;
+  }
+  if (fault.oversize) {
+    streamOversizeBody(res);
     return true;
   }
   if (fault.status) {

@@ -13,7 +13,8 @@ json::object toJson(const Fault& fault) {
                       {"status", fault.status},
                       {"delay_ms", fault.delayMs},
                       {"drop", fault.drop},
-                      {"malformed", fault.malformed}};
+                      {"malformed", fault.malformed},
+                      {"oversize", fault.oversize}};
 }
 
 namespace {
@@ -46,13 +47,14 @@ std::string FaultInjector::add(const json::object& faultJson, Fault& added) {
   if (error.empty()) error = readInt(faultJson, "delay_ms", 0, 60000, f.delayMs);
   if (error.empty()) error = readBool(faultJson, "drop", f.drop);
   if (error.empty()) error = readBool(faultJson, "malformed", f.malformed);
+  if (error.empty()) error = readBool(faultJson, "oversize", f.oversize);
   if (!error.empty()) return error;
   if (const auto* p = faultJson.if_contains("path_prefix")) {
     if (!p->is_string()) return "path_prefix must be a string";
     f.pathPrefix = std::string(p->as_string());
   }
-  if (f.status == 0 && f.delayMs == 0 && !f.drop && !f.malformed)
-    return "a fault needs status, delay_ms, drop or malformed";
+  if (f.status == 0 && f.delayMs == 0 && !f.drop && !f.malformed && !f.oversize)
+    return "a fault needs status, delay_ms, drop, malformed or oversize";
   std::lock_guard guard(mutex_);
   f.id = nextId_++;
   faults_.push_back(f);

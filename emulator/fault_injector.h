@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <mutex>
@@ -20,13 +21,19 @@ struct Fault {
   int delayMs = 0;         // waited before anything else
   bool drop = false;       // close the connection without a complete answer
   bool malformed = false;  // a 200 whose JSON body is cut off
+  bool oversize = false;   // a 200 whose body is longer than kOversizeBytes
 };
+
+// A little past the core's default answer limit (32 MiB), so an oversize
+// answer fails in any client that keeps that limit or a smaller one.
+inline constexpr std::size_t kOversizeBytes = 33u * 1024u * 1024u;
 
 // The faults the scenario controls queued. The first queued fault that
 // matches a request applies to it; a used-up fault is removed.
 class FaultInjector {
  public:
-  // Parses {"count", "status", "delay_ms", "drop", "malformed", "path_prefix"};
+  // Parses {"count", "status", "delay_ms", "drop", "malformed", "oversize",
+  // "path_prefix"};
   // answers an error text, or "" and the stored fault in `added`.
   std::string add(const boost::json::object& faultJson, Fault& added);
   std::optional<Fault> take(const std::string& path);

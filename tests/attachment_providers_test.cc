@@ -278,13 +278,6 @@ INSTANTIATE_TEST_SUITE_P(
                                         std::string("x"), std::nullopt, "text/plain", asText(cb));
                                   },
                                   "QVKParameterValidationErrorDomain", 0},
-                      FailureCase{"uploadRefused",
-                                  R"({"status":500,"path_prefix":"/api/mobile/uploads"})",
-                                  [](auto& fixture, auto cb) {
-                                    fixture.uploads().uploadAttachment(std::string("x"), "x",
-                                                                       "text/plain", asText(cb));
-                                  },
-                                  "com.quorvel.sdk", 500},
                       FailureCase{"uploadOfMissingFile", "",
                                   [](auto& fixture, auto cb) {
                                     fixture.uploads().uploadFile("/nonexistent/file", "x",

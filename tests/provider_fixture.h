@@ -102,7 +102,8 @@ class ProviderFixture : public ::testing::Test {
     options.logLevel = std::getenv("QUORVEL_TEST_LOG") != nullptr ? quorvel::LogLevel::verbose
                                                                   : quorvel::LogLevel::off;
     options.connectTimeout = std::chrono::milliseconds(2000);
-    options.requestTimeout = std::chrono::milliseconds(3000);
+    options.requestTimeout = requestTimeout_;
+    options.maxResponseBytes = maxResponseBytes_;
     options.blipDelay = std::chrono::milliseconds(20);
     core_ = quorvel::Quorvel::initialize("provider-integration", serviceUrl(), "client-1", options);
     core_->setIdentity(
@@ -178,6 +179,9 @@ class ProviderFixture : public ::testing::Test {
   static inline std::unique_ptr<EmulatorProcess> emulator_;
   static inline std::unique_ptr<RequestRecorder> recorder_;
 
+  // Core limits; a suite that provokes time-outs or large answers shortens them.
+  std::chrono::milliseconds requestTimeout_{3000};
+  std::size_t maxResponseBytes_ = 32u * 1024u * 1024u;
   std::string notificationPrefix_;
   std::filesystem::path dataDirectory_;
   std::shared_ptr<quorvel::platform::RunLoop> loop_;

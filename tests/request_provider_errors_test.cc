@@ -1,5 +1,5 @@
-// The request provider when the service fails or a feature is off: each
-// operation answers exactly once, with the error it owns, and announces it.
+// The request provider when a feature is off: each operation answers exactly
+// once, with the error it owns, and announces it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -19,33 +19,25 @@ struct Outcome {
   std::optional<quorvel::platform::Error> error;
 };
 
-enum class Operation { allRequests, requestById, comments, addComment, ticketForms };
+enum class Operation { allRequests, comments, addComment, ticketForms };
 
-struct FailureCase {
+// A feature switched off in the settings: the operation answers its own
+// error without sending anything. Service failures are in the fault matrix.
+struct FeatureOffCase {
   const char* name;
   Operation operation;
-  // The emulator's fault ({"status":500}, {"drop":true}, ...) on the
-  // operation's path, or the settings to switch a feature off; either empty.
-  const char* fault;
   const char* settings;
-  // 0 when the answer is a result.
   long code;
   std::vector<const char*> notifications;
-  // Whether anything may reach the service.
-  bool sends = true;
 };
 
-void PrintTo(const FailureCase& c, std::ostream* os) {
+void PrintTo(const FeatureOffCase& c, std::ostream* os) {
   *os << c.name;
 }
 
-// Faults come from the emulator itself: a relay in between would turn a
-// dropped connection into a 502.
-class RequestProviderFailureTest : public RequestProviderTest,
-                                   public ::testing::WithParamInterface<FailureCase> {
+class RequestProviderFeatureOffTest : public RequestProviderTest,
+                                      public ::testing::WithParamInterface<FeatureOffCase> {
  protected:
-  std::string serviceUrl() const override { return emulator_->url(); }
-
   template <class Result, class Start>
   Outcome run(Start start) {
     auto answers = call<Result>(start);
@@ -64,8 +56,6 @@ class RequestProviderFailureTest : public RequestProviderTest,
       case Operation::allRequests:
         return run<QVKRequestsWithCommentingAgents>(
             [&](auto cb) { provider_->getAllRequests(std::move(cb)); });
-      case Operation::requestById:
-        return run<QVKRequest>([&](auto cb) { provider_->getRequestById(id, std::move(cb)); });
       case Operation::comments:
         return run<std::vector<QVKCommentWithUser>>(
             [&](auto cb) { provider_->getCommentsWithRequestId(id, std::move(cb)); });
@@ -80,139 +70,52 @@ class RequestProviderFailureTest : public RequestProviderTest,
   }
 };
 
-TEST_P(RequestProviderFailureTest, AnswersOnceAndAnnounces) {
+TEST_P(RequestProviderFeatureOffTest, AnswersOnceAndSendsNothing) {
   const auto& c = GetParam();
-  // The demo user's own request: creating one would fetch the settings
-  // before the case changes them.
-  const std::string id = "101";
-  if (*c.settings) emulator_->control("PUT", "settings", c.settings);
-  if (*c.fault) {
-    const std::string prefix =
-        c.operation == Operation::ticketForms ? "/api/v2/ticket_forms" : "/api/mobile/requests";
-    const std::string body =
-        R"({"count":1,"path_prefix":")" + prefix + R"(",)" + std::string(c.fault + 1);
-    ASSERT_EQ(emulator_->control("POST", "faults", body).status / 100, 2);
-  }
+  emulator_->control("PUT", "settings", c.settings);
   recorder_->clear();
   notifications_.clear();
 
-  const auto outcome = run(c.operation, id);
+  // The demo user's own request: creating one would fetch the settings
+  // before the case changes them.
+  const auto outcome = run(c.operation, "101");
   ASSERT_EQ(outcome.answers, 1u);
-  if (c.code == 0) {
-    EXPECT_TRUE(outcome.result);
-    EXPECT_FALSE(outcome.error) << outcome.error->debugDescription();
-  } else {
-    ASSERT_TRUE(outcome.error);
-    EXPECT_EQ(outcome.error->code, c.code) << outcome.error->debugDescription();
-  }
+  ASSERT_TRUE(outcome.error);
+  EXPECT_EQ(outcome.error->code, c.code) << outcome.error->debugDescription();
   // The comment-list notifications name no sender.
   const void* sender = c.operation == Operation::comments ? nullptr : provider_.get();
   EXPECT_THAT(notificationNames(sender), ElementsAreArray(c.notifications));
   // An error notification carries the error the callback received.
-  if (!notifications_.empty() && notifications_.back().name.ends_with("Error")) {
+  if (!notifications_.empty()) {
     EXPECT_EQ(errorOf(notifications_.back()), outcome.error);
   }
-  if (!c.sends) {
-    EXPECT_THAT(recorder_->matching("/api/"), IsEmpty());
-  }
+  // The settings fetch may go out; the operation itself must not.
+  EXPECT_THAT(recorder_->matching("/api/mobile/requests"), IsEmpty());
+  EXPECT_THAT(recorder_->matching("/api/v2/ticket_forms"), IsEmpty());
 }
 
-constexpr long kParseError = 3840;
-constexpr long kDropped = -1005;
 constexpr const char* kConversationsOff = R"({"conversations":false})";
 
 INSTANTIATE_TEST_SUITE_P(
-    Failures, RequestProviderFailureTest,
+    Features, RequestProviderFeatureOffTest,
     ::testing::Values(
-        FailureCase{"listStatus500",
-                    Operation::allRequests,
-                    R"({"status":500})",
-                    "",
-                    500,
-                    {"QVKAPI_RequestsStarting", "QVKAPI_RequestsError"}},
-        FailureCase{"listDropped",
-                    Operation::allRequests,
-                    R"({"drop":true})",
-                    "",
-                    kDropped,
-                    {"QVKAPI_RequestsStarting", "QVKAPI_RequestsError"}},
-        // A body that does not parse is the callback's error but still counts
-        // as the list's success.
-        FailureCase{"listMalformed",
-                    Operation::allRequests,
-                    R"({"malformed":true})",
-                    "",
-                    kParseError,
-                    {"QVKAPI_RequestsStarting", "QVKAPI_RequestsSuccess"}},
-        FailureCase{"listConversationsOff",
-                    Operation::allRequests,
-                    "",
-                    kConversationsOff,
-                    -7001,
-                    {"QVKAPI_RequestsStarting", "QVKAPI_RequestsError"},
-                    false},
-        FailureCase{"byIdUnauthorized",
-                    Operation::requestById,
-                    R"({"status":401})",
-                    "",
-                    401,
-                    {"QVKAPI_RequestByIdStarting", "QVKAPI_RequestByIdError"}},
-        FailureCase{"byIdMalformed",
-                    Operation::requestById,
-                    R"({"malformed":true})",
-                    "",
-                    kParseError,
-                    {"QVKAPI_RequestByIdStarting", "QVKAPI_RequestByIdSuccess"}},
-        FailureCase{"commentsDropped",
-                    Operation::comments,
-                    R"({"drop":true})",
-                    "",
-                    kDropped,
-                    {"QVKAPI_CommentListStarting", "QVKAPI_CommentListError"}},
-        // Unlike the lists, a comment list that does not parse is not a success.
-        FailureCase{"commentsMalformed",
-                    Operation::comments,
-                    R"({"malformed":true})",
-                    "",
-                    kParseError,
-                    {"QVKAPI_CommentListStarting"}},
-        FailureCase{"commentsConversationsOff",
-                    Operation::comments,
-                    "",
-                    kConversationsOff,
-                    -7001,
-                    {"QVKAPI_CommentListStarting", "QVKAPI_CommentListError"},
-                    false},
-        FailureCase{"addCommentStatus500",
-                    Operation::addComment,
-                    R"({"status":500})",
-                    "",
-                    500,
-                    {"QVKAPI_CommentSubmissionStarting", "QVKAPI_CommentSubmissionError"}},
-        FailureCase{"addCommentMalformed",
-                    Operation::addComment,
-                    R"({"malformed":true})",
-                    "",
-                    kParseError,
-                    {"QVKAPI_CommentSubmissionStarting"}},
-        FailureCase{"addCommentConversationsOff",
-                    Operation::addComment,
-                    "",
-                    kConversationsOff,
-                    -7001,
-                    {"QVKAPI_CommentSubmissionStarting", "QVKAPI_CommentSubmissionError"},
-                    false},
-        // Ticket forms post nothing, and a body that does not parse gives no
-        // forms rather than an error.
-        FailureCase{"formsStatus500", Operation::ticketForms, R"({"status":500})", "", 500, {}},
-        FailureCase{"formsMalformed", Operation::ticketForms, R"({"malformed":true})", "", 0, {}},
-        FailureCase{"formsUnavailable",
-                    Operation::ticketForms,
-                    "",
-                    R"({"ticket_forms":false})",
-                    -7002,
-                    {},
-                    false}),
+        FeatureOffCase{"listConversationsOff",
+                       Operation::allRequests,
+                       kConversationsOff,
+                       -7001,
+                       {"QVKAPI_RequestsStarting", "QVKAPI_RequestsError"}},
+        FeatureOffCase{"commentsConversationsOff",
+                       Operation::comments,
+                       kConversationsOff,
+                       -7001,
+                       {"QVKAPI_CommentListStarting", "QVKAPI_CommentListError"}},
+        FeatureOffCase{"addCommentConversationsOff",
+                       Operation::addComment,
+                       kConversationsOff,
+                       -7001,
+                       {"QVKAPI_CommentSubmissionStarting", "QVKAPI_CommentSubmissionError"}},
+        FeatureOffCase{
+            "formsUnavailable", Operation::ticketForms, R"({"ticket_forms":false})", -7002, {}}),
     [](const auto& param) { return std::string(param.param.name); });
 
 // The since-date form asks for agents' comments after the date, role last;
