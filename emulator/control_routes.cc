@@ -100,15 +100,22 @@ void storedRequest(EmulatorContext& ctx, const Request& req, Response& res) {
   http::sendJson(res, 200, json::object{{"request", std::move(*record)}});
 }
 
+// The blips accepted, and how many sends of an already accepted blip id
+// were dropped.
 void listBlips(EmulatorContext& ctx, const Request&, Response& res) {
+  auto guard = ctx.db.lock();
   json::array out;
   for (const auto& r : ctx.db.query("SELECT blip FROM blips ORDER BY id"))
     out.push_back(parseStored(r.text(0)));
-  http::sendJson(res, 200, json::object{{"blips", std::move(out)}});
+  const auto repeats = ctx.db.queryOne("SELECT COALESCE(SUM(repeats), 0) FROM blip_ids");
+  http::sendJson(res, 200,
+                 json::object{{"blips", std::move(out)}, {"repeated", repeats->integer(0)}});
 }
 
 void clearBlips(EmulatorContext& ctx, const Request&, Response& res) {
+  auto guard = ctx.db.lock();
   ctx.db.execute("DELETE FROM blips");
+  ctx.db.execute("DELETE FROM blip_ids");
   res.status = 204;
 }
 

@@ -46,20 +46,45 @@ void settings(EmulatorContext& ctx, const Request&, Response& res) {
   http::sendJson(res, 200, ctx.settings.document());
 }
 
+// The id a client may give a blip so that a repeat can be told apart: a
+// non-empty string, or absent.
+bool validBlipId(const json::object& blip) {
+  const auto* id = blip.if_contains("blip_id");
+  return !id || (id->is_string() && !id->as_string().empty());
+}
+
+// Keeps a blip unless its id was accepted before; answers whether it was
+// kept. A client sends a batch again when it lost the answer to the first
+// send, so a repeat is expected and only counted.
+bool acceptBlip(EmulatorContext& ctx, const json::object& blip, const std::string& now) {
+  if (const auto* id = blip.if_contains("blip_id")) {
+    const std::string key(id->as_string());
+    if (ctx.db.execute("INSERT OR IGNORE INTO blip_ids (blip_id) VALUES (?)", {key}) == 0) {
+      ctx.db.execute("UPDATE blip_ids SET repeats = repeats + 1 WHERE blip_id = ?", {key});
+      return false;
+    }
+  }
+  ctx.db.execute("INSERT INTO blips (blip, received_at) VALUES (?, ?)",
+                 {json::serialize(blip), now});
+  return true;
+}
+
 // Each blip is kept exactly as it arrived; the scenario controls list them.
 void blips(EmulatorContext& ctx, const Request& req, Response& res) {
   auto body = http::jsonBody(req);
   const auto* list = body ? body->if_contains("blips") : nullptr;
   if (!list || !list->is_array()) return http::sendInvalid(res, "Blips: must be a list");
-  for (const auto& b : list->as_array())
+  for (const auto& b : list->as_array()) {
     if (!b.is_object()) return http::sendInvalid(res, "Blips: each must be an object");
+    if (!validBlipId(b.as_object()))
+      return http::sendInvalid(res, "Blips: blip_id must be a non-empty string");
+  }
   auto guard = ctx.db.lock();
   const auto now = http::nowIso();
-  for (const auto& b : list->as_array())
-    ctx.db.execute("INSERT INTO blips (blip, received_at) VALUES (?, ?)",
-                   {json::serialize(b), now});
-  http::sendJson(res, 202,
-                 json::object{{"accepted", static_cast<std::int64_t>(list->as_array().size())}});
+  std::int64_t accepted = 0;
+  for (const auto& b : list->as_array()) accepted += acceptBlip(ctx, b.as_object(), now) ? 1 : 0;
+  const auto repeated = static_cast<std::int64_t>(list->as_array().size()) - accepted;
+  http::sendJson(res, 202, json::object{{"accepted", accepted}, {"repeated", repeated}});
 }
 
 }  // namespace

@@ -110,6 +110,36 @@ TEST_F(Core, BlipsAreStoredAsReceived) {
   EXPECT_EQ(sizeOf(at(get("/_emulator/blips").json, "/blips")), 0u);
 }
 
+struct BlipIdCase {
+  const char* name;
+  std::string blips;  // the second batch; the first was {"blip_id":"a"},{}
+  int status;
+  std::int64_t accepted;  // in all, both batches
+  std::int64_t repeated;
+};
+
+class BlipIds : public Core, public ::testing::WithParamInterface<BlipIdCase> {};
+
+TEST_P(BlipIds, AnAcceptedIdIsDroppedAsARepeat) {
+  const auto& c = GetParam();
+  del("/_emulator/blips");
+  ASSERT_EQ(post("/api/mobile/sdk/blips.json", R"({"blips":[{"blip_id":"a"},{}]})").status, 202);
+  EXPECT_EQ(post("/api/mobile/sdk/blips.json", R"({"blips":[)" + c.blips + "]}").status, c.status);
+  expectChecks(get("/_emulator/blips"), {sized("/blips", static_cast<std::size_t>(c.accepted)),
+                                         is("/repeated", c.repeated)});
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Blips, BlipIds,
+    ::testing::Values(BlipIdCase{"SameId", R"({"blip_id":"a","n":2})", 202, 2, 1},
+                      BlipIdCase{"SameIdTwiceInABatch", R"({"blip_id":"b"},{"blip_id":"b"})", 202,
+                                 3, 1},
+                      BlipIdCase{"NoIdIsAlwaysKept", R"({},{})", 202, 4, 0},
+                      BlipIdCase{"OtherId", R"({"blip_id":"c"})", 202, 3, 0},
+                      BlipIdCase{"EmptyIdIsRefused", R"({"blip_id":""})", 422, 2, 0},
+                      BlipIdCase{"NumberIdIsRefused", R"({"blip_id":7})", 422, 2, 0}),
+    [](const auto& param) { return std::string(param.param.name); });
+
 TEST_F(Core, UnknownPathsAnswerJsonNotFound) {
   auto a = get("/api/v2/nothing/here.json");
   EXPECT_EQ(a.status, 404);

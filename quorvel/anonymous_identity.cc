@@ -1,8 +1,6 @@
 #include "quorvel/anonymous_identity.h"
 
-#include <random>
-
-#include <fmt/format.h>
+#include "quorvel/random_uuid.h"
 
 namespace quorvel {
 
@@ -23,14 +21,7 @@ boost::json::object AnonymousIdentity::exchangeBody() const {
 }
 
 std::string AnonymousIdentity::makeGuid() {
-  std::random_device device;
-  std::mt19937_64 generator((static_cast<std::uint64_t>(device()) << 32) ^ device());
-  std::uint64_t high = generator();
-  std::uint64_t low = generator();
-  high = (high & 0xFFFFFFFFFFFF0FFFull) | 0x0000000000004000ull;  // version 4
-  low = (low & 0x3FFFFFFFFFFFFFFFull) | 0x8000000000000000ull;    // RFC 4122 variant
-  return fmt::format("{:08x}-{:04x}-{:04x}-{:04x}-{:012x}", high >> 32, (high >> 16) & 0xFFFF,
-                     high & 0xFFFF, low >> 48, low & 0xFFFFFFFFFFFFull);
+  return randomUuid();
 }
 
 }  // namespace quorvel

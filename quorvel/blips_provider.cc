@@ -12,6 +12,7 @@
 #include "quorvel/core_version.h"
 #include "quorvel/platform/transport_error.h"
 #include "quorvel/provider_service.h"
+#include "quorvel/random_uuid.h"
 
 namespace quorvel {
 namespace {
@@ -34,11 +35,12 @@ platform::Error cancelled() {
 }  // namespace
 
 BlipsProvider::BlipsProvider(AccountDetails account, std::shared_ptr<platform::MainQueue> mainQueue,
-                             std::filesystem::path queueFile, std::chrono::milliseconds delay)
+                             std::filesystem::path queueFile, std::chrono::milliseconds delay,
+                             std::chrono::milliseconds leaseTime)
     : account_(std::move(account)),
       mainQueue_(std::move(mainQueue)),
       delay_(delay),
-      queue_(std::move(queueFile)) {
+      queue_(std::move(queueFile), leaseTime) {
   thread_ = std::thread([this] { run(); });
 }
 
@@ -56,6 +58,7 @@ void BlipsProvider::send(const PageView& blip, BlipsGroup group) {
 
 void BlipsProvider::enqueue(boost::json::object blip, BlipsGroup group) {
   blip["group"] = blipsGroupName(group);
+  blip["blip_id"] = randomUuid();
   if (!queue_.append(boost::json::serialize(blip))) {
     CoreLogger::error("Could not queue a blip");
     return;
@@ -140,15 +143,18 @@ std::optional<platform::Error> BlipsProvider::sendAll() {
       std::lock_guard lock(mutex_);
       if (stopping_) return cancelled();
     }
-    const auto rows = queue_.oldest(kBatchSize);
-    if (rows.empty()) return std::nullopt;
-    if (auto error = sendBatch(rows)) {
-      CoreLogger::warn(fmt::format("Sending {} blips failed, keeping them queued: {}", rows.size(),
-                                   error->debugDescription()));
+    const auto batch = queue_.claim(kBatchSize);
+    if (batch.rows.empty()) return std::nullopt;
+    if (auto error = sendBatch(batch.rows)) {
+      CoreLogger::warn(fmt::format("Sending {} blips failed, keeping them queued: {}",
+                                   batch.rows.size(), error->debugDescription()));
+      queue_.release(batch.lease);
       return error;
     }
-    // Removed only after the service accepted them: never sent twice.
-    queue_.removeThrough(rows.back().first);
+    // Removed only after the service accepted them. A process killed before
+    // this line leaves its lease behind, and a later sender sends the batch
+    // again with the same blip ids.
+    queue_.remove(batch.lease);
   }
 }
 

@@ -21,18 +21,26 @@
 namespace quorvel {
 
 // Usage events: accepted from any thread, queued durably, and sent in
-// batches with POST /api/mobile/sdk/blips.json {"blips":[...]}. A send()
-// schedules a batch after a short delay, so that a burst of events goes in
-// one request; a batch that fails stays queued for the next send() or
-// flush(), and a batch the service accepted is removed, never sent again.
+// batches with POST /api/mobile/sdk/blips.json {"blips":[...]}. Each blip
+// gets a random "blip_id" when it is queued, so that the service can drop
+// one it has already accepted. A send() schedules a batch after a short
+// delay, so that a burst of events goes in one request. A batch is claimed
+// in the queue before it leaves, so that processes sharing the data folder
+// never send the same blips at once; a batch that fails is released for the
+// next send() or flush(), and a batch the service accepted is removed. A
+// batch is sent again only when its answer was lost (the holder was killed,
+// or the answer never came): at least once, not exactly once.
 class BlipsProvider {
  public:
   using FlushCallback = std::function<void(std::optional<platform::Error>)>;
 
   static constexpr std::size_t kBatchSize = 50;
 
+  // `leaseTime`: how long a claimed batch stays this process's (longer than
+  // a request can take).
   BlipsProvider(AccountDetails account, std::shared_ptr<platform::MainQueue> mainQueue,
-                std::filesystem::path queueFile, std::chrono::milliseconds delay);
+                std::filesystem::path queueFile, std::chrono::milliseconds delay,
+                std::chrono::milliseconds leaseTime);
   // Stops the sending thread; what is still queued stays on disk.
   ~BlipsProvider();
   BlipsProvider(const BlipsProvider&) = delete;
@@ -41,8 +49,8 @@ class BlipsProvider {
   void send(const UserAction& blip, BlipsGroup group);
   void send(const PageView& blip, BlipsGroup group);
 
-  // Sends everything queued now, then calls back on the main queue: nothing
-  // when the queue was emptied, else the error that stopped it (the
+  // Sends everything queued now that no other sender holds, then calls back
+  // on the main queue: nothing when that was sent, else the error that stopped it (the
   // cancelled transport error when the core shut down first).
   void flush(FlushCallback callback);
 

@@ -67,8 +67,18 @@ TEST_F(BlipsProviderTest, ABurstGoesInOneBatchWithItsFields) {
   EXPECT_FALSE(flush());
   ASSERT_EQ(server_.count(kBlipsPath), 1u);
 
-  const auto sent = accepted();
+  auto sent = accepted();
   ASSERT_EQ(sent.size(), 2u);
+  // Each blip carries its own id, made when it was queued.
+  std::set<std::string> ids;
+  for (auto& blip : sent) {
+    auto* id = blip.as_object().if_contains("blip_id");
+    ASSERT_TRUE(id && id->is_string());
+    EXPECT_EQ(id->as_string().size(), 36u);
+    ids.emplace(id->as_string());
+    blip.as_object().erase("blip_id");
+  }
+  EXPECT_EQ(ids.size(), 2u);
   EXPECT_EQ(sent[0], boost::json::parse(R"({"type":"user_action","version":"1.0","action":"search",
       "label":"helpCenterForm","channel":"dravik","category":"Dravik","value":{"query":"reset"},
       "group":"pathfinder"})"));

@@ -15,6 +15,11 @@
 namespace quorvel {
 namespace {
 
+// A claimed blip batch stays its sender's for the whole-request time-out and
+// this much more (claiming, building the body, the answer's callback), so a
+// live sender never loses a batch whose request may still be accepted.
+constexpr std::chrono::seconds kBlipLeaseMargin{10};
+
 std::mutex& instanceMutex() {
   static std::mutex m;
   return m;
@@ -95,9 +100,9 @@ std::shared_ptr<Quorvel> Quorvel::initialize(std::string appId, std::string quor
   parts.accountDetails = AccountDetails(appId, quorvelUrl, clientId, parts.services);
   parts.providerModule.settings =
       std::make_shared<SettingsProvider>(parts.accountDetails, parts.mainQueue);
-  parts.providerModule.blip =
-      std::make_shared<BlipsProvider>(parts.accountDetails, parts.mainQueue,
-                                      parts.dataDirectory / "blips.sqlite", options.blipDelay);
+  parts.providerModule.blip = std::make_shared<BlipsProvider>(
+      parts.accountDetails, parts.mainQueue, parts.dataDirectory / "blips.sqlite",
+      options.blipDelay, options.requestTimeout + kBlipLeaseMargin);
 
   std::shared_ptr<Quorvel> quorvel(new Quorvel(std::move(parts)));
   {
