@@ -15,6 +15,10 @@ std::string text(const std::optional<std::string>& value) {
   return value.value_or("");
 }
 
+std::string text(const velmaro::OptionalText& value) {
+  return value.value_or("");
+}
+
 std::string number(const std::optional<std::int64_t>& value) {
   return value ? std::to_string(*value) : std::string();
 }
