@@ -5,8 +5,9 @@
 //   B4  200 provider calls in flight at once (distinct URLs) vs 200 raw multi
 //       transfers of the same URLs
 // With --b1 FILE it also reads the in-process parse figures that velmaro_bench
-// wrote as JSON, and prints the one table of all four figures; --out FILE
-// writes the same figures as JSON.
+// wrote as JSON, with --b5 FILE the peak memory of a 30 MB list answer that
+// velmaro_memory_bench wrote, and prints the one table of all the figures;
+// --out FILE writes the same figures as JSON.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -17,6 +18,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <boost/json.hpp>
@@ -41,6 +43,7 @@ constexpr int kB2Blocks = 10;
 struct Options {
   std::string emulator = QVK_EMULATOR_BINARY;
   std::string b1File;
+  std::string b5File;
   std::string outFile;
   int rounds = 3000;  // B2 pairs: enough for a stable median on a noisy 2-core VM
   int hits = 2000;    // B3 cache hits
@@ -256,17 +259,24 @@ struct Figure {
   bool met = false;
 };
 
-std::optional<Figure> readB1(const std::string& file) {
+// The runs of a Google Benchmark JSON report.
+std::optional<boost::json::array> benchmarksIn(const std::string& file) {
   std::ifstream in(file);
   if (!in) return std::nullopt;
   std::stringstream text;
   text << in.rdbuf();
   boost::system::error_code ec;
   auto doc = boost::json::parse(text.str(), ec);
-  if (ec || !doc.is_object()) return std::nullopt;
+  if (ec || !doc.is_object() || !doc.as_object().contains("benchmarks")) return std::nullopt;
+  return doc.at("benchmarks").as_array();
+}
+
+std::optional<Figure> readB1(const std::string& file) {
+  const auto benchmarks = benchmarksIn(file);
+  if (!benchmarks) return std::nullopt;
   double bare = 0;
   double library = 0;
-  for (const auto& b : doc.at("benchmarks").as_array()) {
+  for (const auto& b : *benchmarks) {
     const auto& o = b.as_object();
     if (o.at("aggregate_name") != "median") continue;
     const std::string name(o.at("run_name").as_string());
@@ -285,6 +295,25 @@ std::optional<Figure> readB1(const std::string& file) {
   return f;
 }
 
+// B5 from velmaro_memory_bench's report: the peak memory of the streamed
+// categories list against the answer's size.
+std::optional<Figure> readB5(const std::string& file) {
+  const auto benchmarks = benchmarksIn(file);
+  if (!benchmarks) return std::nullopt;
+  for (const auto& b : *benchmarks) {
+    const auto& o = b.as_object();
+    if (std::string_view(o.at("run_name").as_string()).rfind("BM_CategoriesStreamed", 0) != 0)
+      continue;
+    const double peak = o.at("peak_MB").to_number<double>();
+    const double answer = o.at("answer_MB").to_number<double>();
+    return Figure{"B5",   "30 MB list answer to records, peak memory (850k)",
+                  "MB",   peak,
+                  answer, peak / answer,
+                  "< 6x", peak / answer < 6};
+  }
+  return std::nullopt;
+}
+
 bool parseArgs(int argc, char** argv, Options& o) {
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
@@ -293,6 +322,8 @@ bool parseArgs(int argc, char** argv, Options& o) {
       o.emulator = next();
     } else if (arg == "--b1") {
       o.b1File = next();
+    } else if (arg == "--b5") {
+      o.b5File = next();
     } else if (arg == "--out") {
       o.outFile = next();
     } else if (arg == "--rounds") {
@@ -306,8 +337,9 @@ bool parseArgs(int argc, char** argv, Options& o) {
     } else if (arg == "--quartiles") {
       o.quartiles = true;
     } else {
-      std::cerr << "usage: velmaro_wire_bench [--emulator PATH] [--b1 FILE] [--out FILE]\n"
-                   "                          [--rounds N] [--quick] [--diagnose] [--quartiles]\n";
+      std::cerr
+          << "usage: velmaro_wire_bench [--emulator PATH] [--b1 FILE] [--b5 FILE] [--out FILE]\n"
+             "                          [--rounds N] [--quick] [--diagnose] [--quartiles]\n";
       return false;
     }
   }
@@ -466,6 +498,13 @@ int main(int argc, char** argv) {
       figures.insert(figures.begin(), *b1);
     } else {
       std::cerr << "warning: no B1 figures in " << o.b1File << "\n";
+    }
+  }
+  if (!o.b5File.empty()) {
+    if (auto b5 = readB5(o.b5File)) {
+      figures.push_back(*b5);
+    } else {
+      std::cerr << "warning: no B5 figure in " << o.b5File << "\n";
     }
   }
 

@@ -42,6 +42,8 @@ class Answer {
   int count() const { return state_->count; }
   bool arrived() const { return state_->count > 0; }
   const std::optional<R>& value() const { return state_->value; }
+  // The value itself, moved out: a long list is not copied to be printed.
+  std::optional<R> takeValue() { return std::move(state_->value); }
   const std::optional<quorvel::platform::Error>& error() const { return state_->error; }
 
  private:

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <boost/json/value_from.hpp>
 
 #include "tools/qvk/article_card.h"
 #include "tools/qvk/hc_tables.h"
@@ -45,7 +44,7 @@ int list(CommandContext& context, const Start<R>& start,
   auto records = LibraryCall::await<std::vector<R>>(context.session, start, answersTwice);
   if (!records) return context.output.error(records.error());
   if (context.output.json()) {
-    context.output.document(boost::json::value_from(*records));
+    context.output.list(*records);
   } else {
     context.output.table(HcTables::of(*records));
   }
@@ -57,7 +56,7 @@ int cards(CommandContext& context, const Start<QVKHelpCenterArticle>& start) {
   auto articles = LibraryCall::await<std::vector<QVKHelpCenterArticle>>(context.session, start);
   if (!articles) return context.output.error(articles.error());
   if (context.output.json()) {
-    context.output.document(boost::json::value_from(*articles));
+    context.output.list(*articles);
     return 0;
   }
   for (const auto& article : *articles) ArticleCard::print(context.output.text(), article);

@@ -15,6 +15,10 @@ std::string text(const std::optional<std::string>& value) {
   return value.value_or("");
 }
 
+std::string text(const velmaro::OptionalText& value) {
+  return value.value_or("");
+}
+
 std::string number(const std::optional<std::int64_t>& value) {
   return value ? std::to_string(*value) : std::string();
 }
@@ -44,75 +48,91 @@ Table::Column idColumn() {
   return {"ID", 20, true};
 }
 
+// The table with a row per record, made from the record when printed.
+template <class R, class Cells>
+Table rowsOf(Table table, const std::vector<R>& records, Cells cells) {
+  table.setRows(records.size(), [&records, cells](std::size_t i) { return cells(records[i]); });
+  return table;
+}
+
 }  // namespace
 
 Table HcTables::of(const std::vector<velmaro::QVKHelpCenterCategory>& categories) {
-  Table table({idColumn(), {"NAME", 40}, {"DESCRIPTION", 50}, {"LOCALE", 8}}, "category",
-              "categories");
-  for (const auto& c : categories) {
-    table.addRow({number(c.identifier), text(c.name), text(c.categoryDescription), text(c.locale)});
-  }
-  return table;
+  return rowsOf(Table({idColumn(), {"NAME", 40}, {"DESCRIPTION", 50}, {"LOCALE", 8}}, "category",
+                      "categories"),
+                categories, [](const auto& c) {
+                  return std::vector<std::string>{number(c.identifier), text(c.name),
+                                                  text(c.categoryDescription), text(c.locale)};
+                });
 }
 
 Table HcTables::of(const std::vector<velmaro::QVKHelpCenterSection>& sections) {
-  Table table({idColumn(), {"CATEGORY", 20, true}, {"NAME", 40}, {"DESCRIPTION", 50}}, "section",
-              "sections");
-  for (const auto& s : sections) {
-    table.addRow(
-        {number(s.identifier), number(s.category_id), text(s.name), text(s.sectionDescription)});
-  }
-  return table;
+  return rowsOf(Table({idColumn(), {"CATEGORY", 20, true}, {"NAME", 40}, {"DESCRIPTION", 50}},
+                      "section", "sections"),
+                sections, [](const auto& s) {
+                  return std::vector<std::string>{number(s.identifier), number(s.category_id),
+                                                  text(s.name), text(s.sectionDescription)};
+                });
 }
 
 Table HcTables::of(const std::vector<QVKHelpCenterArticle>& articles) {
-  Table table(
-      {idColumn(), {"TITLE", 48}, {"AUTHOR", 18}, {"CREATED", 10}, {"VOTES", 9}, {"LABELS", 24}},
-      "article", "articles");
-  for (const auto& a : articles) {
-    table.addRow({number(a.identifier), text(a.title), text(a.author_name), date(a.created_at),
-                  votes(a), labels(a.labelNames)});
-  }
-  return table;
+  return rowsOf(Table({idColumn(),
+                       {"TITLE", 48},
+                       {"AUTHOR", 18},
+                       {"CREATED", 10},
+                       {"VOTES", 9},
+                       {"LABELS", 24}},
+                      "article", "articles"),
+                articles, [](const auto& a) {
+                  return std::vector<std::string>{
+                      number(a.identifier), text(a.title), text(a.author_name),
+                      date(a.created_at),   votes(a),      labels(a.labelNames)};
+                });
 }
 
 Table HcTables::of(const std::vector<velmaro::QVKHelpCenterFlatArticle>& articles) {
-  Table table({idColumn(), {"TITLE", 48}, {"SECTION", 24}, {"CATEGORY", 24}, {"CREATED", 10}},
-              "article", "articles");
-  for (const auto& f : articles) {
-    table.addRow({number(f.article.identifier), text(f.article.title),
-                  f.section ? text(f.section->name) : "", f.category ? text(f.category->name) : "",
-                  date(f.article.created_at)});
-  }
-  return table;
+  return rowsOf(
+      Table({idColumn(), {"TITLE", 48}, {"SECTION", 24}, {"CATEGORY", 24}, {"CREATED", 10}},
+            "article", "articles"),
+      articles, [](const auto& f) {
+        return std::vector<std::string>{number(f.article.identifier), text(f.article.title),
+                                        f.section ? text(f.section->name) : "",
+                                        f.category ? text(f.category->name) : "",
+                                        date(f.article.created_at)};
+      });
 }
 
 Table HcTables::of(const std::vector<velmaro::QVKHelpCenterSimpleArticle>& articles) {
-  Table table({idColumn(), {"TITLE", 70}}, "suggestion", "suggestions");
-  for (const auto& a : articles) table.addRow({text(a.id), text(a.title)});
-  return table;
+  return rowsOf(Table({idColumn(), {"TITLE", 70}}, "suggestion", "suggestions"), articles,
+                [](const auto& a) {
+                  return std::vector<std::string>{text(a.id), text(a.title)};
+                });
 }
 
 Table HcTables::of(const std::vector<velmaro::QVKHelpCenterAttachment>& attachments) {
-  Table table(
-      {idColumn(), {"FILE", 36}, {"TYPE", 24}, {"SIZE", 10, true}, {"INLINE", 6}, {"URL", 90}},
-      "attachment", "attachments");
-  for (const auto& a : attachments) {
-    table.addRow({number(a.identifier), text(a.file_name), text(a.content_type),
-                  a.humanReadableFileSize(), a.isInline ? "yes" : "no", text(a.content_url)});
-  }
-  return table;
+  return rowsOf(
+      Table(
+          {idColumn(), {"FILE", 36}, {"TYPE", 24}, {"SIZE", 10, true}, {"INLINE", 6}, {"URL", 90}},
+          "attachment", "attachments"),
+      attachments, [](const auto& a) {
+        return std::vector<std::string>{number(a.identifier),      text(a.file_name),
+                                        text(a.content_type),      a.humanReadableFileSize(),
+                                        a.isInline ? "yes" : "no", text(a.content_url)};
+      });
 }
 
 Table HcTables::of(const std::vector<velmaro::QVKHelpCenterArticleVote>& votes) {
-  Table table(
-      {idColumn(), {"ARTICLE", 20, true}, {"VALUE", 5, true}, {"USER", 20, true}, {"CREATED", 10}},
-      "vote", "votes");
-  for (const auto& v : votes) {
-    table.addRow({number(v.identifier), number(v.itemId), text(v.value), number(v.userId),
-                  date(v.createdAt)});
-  }
-  return table;
+  return rowsOf(Table({idColumn(),
+                       {"ARTICLE", 20, true},
+                       {"VALUE", 5, true},
+                       {"USER", 20, true},
+                       {"CREATED", 10}},
+                      "vote", "votes"),
+                votes, [](const auto& v) {
+                  return std::vector<std::string>{number(v.identifier), number(v.itemId),
+                                                  text(v.value), number(v.userId),
+                                                  date(v.createdAt)};
+                });
 }
 
 }  // namespace qvk

@@ -15,6 +15,7 @@ namespace qvk {
 
 // The table of each Help Center record list: the columns a reader scans
 // (id, name or title, a few facts), not every property; --json has them all.
+// A table reads its records when printed: keep them until then.
 class HcTables {
  public:
   static Table of(const std::vector<velmaro::QVKHelpCenterCategory>& categories);

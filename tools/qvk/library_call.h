@@ -38,7 +38,7 @@ class LibraryCall {
     if (!session.waitUntil([&] { return answer.arrived(); })) {
       return ClientErrors::noAnswer(session.answerTimeout());
     }
-    if (!answer.error()) return answer.value().value_or(T{});
+    if (!answer.error()) return answer.takeValue().value_or(T{});
     if (answersTwice != nullptr && answersTwice(*answer.error())) {
       session.waitUntil([&] { return answer.count() >= 2; });
     }

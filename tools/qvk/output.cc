@@ -10,6 +10,10 @@ void Output::document(const boost::json::value& document) {
   out_.flush();
 }
 
+void Output::writeJson(const boost::json::value& value) {
+  out_ << JsonOutput::serialize(value);
+}
+
 void Output::table(const Table& table) {
   table.print(out_);
   out_.flush();

@@ -2,8 +2,10 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include <boost/json/value.hpp>
+#include <boost/json/value_from.hpp>
 
 #include "quorvel/platform/error.h"
 #include "tools/qvk/error_hints.h"
@@ -26,11 +28,26 @@ class Output {
   std::ostream& errorText() { return err_; }
 
   void document(const boost::json::value& document);
+  // The records as one JSON array, the same text as
+  // document(value_from(records)), written a record at a time so that a long
+  // list is never a second whole document in memory.
+  template <class R>
+  void list(const std::vector<R>& records) {
+    out_ << '[';
+    for (std::size_t i = 0; i < records.size(); ++i) {
+      if (i != 0) out_ << ',';
+      writeJson(boost::json::value_from(records[i]));
+    }
+    out_ << "]\n";
+    out_.flush();
+  }
   void table(const Table& table);
   // Returns the exit status for an error, 1.
   int error(const quorvel::platform::Error& error);
 
  private:
+  void writeJson(const boost::json::value& value);
+
   std::ostream& out_;
   std::ostream& err_;
   bool json_;

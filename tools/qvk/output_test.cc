@@ -1,8 +1,10 @@
 #include "tools/qvk/output.h"
 
 #include <sstream>
+#include <vector>
 
 #include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
 #include <gtest/gtest.h>
 
 #include "quorvel/platform/transport_error.h"
@@ -81,6 +83,19 @@ INSTANTIATE_TEST_SUITE_P(
                                          "The labels is null, validation error"),
                   ""}),
     [](const auto& testCase) { return std::string(testCase.param.name); });
+
+class OutputList : public ::testing::TestWithParam<std::size_t> {};
+
+TEST_P(OutputList, WritesTheDocumentOfTheWholeList) {
+  std::vector<boost::json::value> records(GetParam(), boost::json::object{{"name", "a\"b"}});
+  if (!records.empty()) records.front() = nullptr;
+  std::ostringstream out;
+  std::ostringstream err;
+  Output(out, err, true, kUrl).list(records);
+  EXPECT_EQ(out.str(), boost::json::serialize(boost::json::value_from(records)) + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, OutputList, ::testing::Values(0u, 1u, 3u));
 
 }  // namespace
 }  // namespace qvk

@@ -20,11 +20,29 @@ Table::Table(std::vector<Column> columns, std::string singular, std::string plur
     : columns_(std::move(columns)), singular_(std::move(singular)), plural_(std::move(plural)) {}
 
 void Table::addRow(std::vector<std::string> cells) {
+  rows_.push_back(cleaned(std::move(cells)));
+}
+
+void Table::setRows(std::size_t count, RowSource row) {
+  rows_.clear();
+  sourceCount_ = count;
+  source_ = std::move(row);
+}
+
+std::vector<std::string> Table::cleaned(std::vector<std::string> cells) const {
   cells.resize(columns_.size());
   for (std::size_t i = 0; i < cells.size(); ++i) {
     cells[i] = truncate(TerminalText::printable(cells[i]), columns_[i].maxWidth);
   }
-  rows_.push_back(std::move(cells));
+  return cells;
+}
+
+void Table::forEachRow(const std::function<void(const std::vector<std::string>&)>& visit) const {
+  if (!source_) {
+    for (const auto& row : rows_) visit(row);
+    return;
+  }
+  for (std::size_t i = 0; i < sourceCount_; ++i) visit(cleaned(source_(i)));
 }
 
 std::size_t Table::displayWidth(std::string_view text) {
@@ -53,11 +71,11 @@ std::string Table::truncate(std::string_view text, std::size_t width) {
 std::vector<std::size_t> Table::columnWidths() const {
   std::vector<std::size_t> widths;
   for (const auto& column : columns_) widths.push_back(displayWidth(column.header));
-  for (const auto& row : rows_) {
+  forEachRow([&](const std::vector<std::string>& row) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       widths[i] = std::max(widths[i], displayWidth(row[i]));
     }
-  }
+  });
   return widths;
 }
 
@@ -79,13 +97,14 @@ void Table::printRow(std::ostream& out, const std::vector<std::string>& cells,
 
 void Table::print(std::ostream& out) const {
   auto widths = columnWidths();
-  if (!rows_.empty()) {
+  const auto count = rowCount();
+  if (count != 0) {
     std::vector<std::string> headers;
     for (const auto& column : columns_) headers.push_back(column.header);
     printRow(out, headers, widths);
-    for (const auto& row : rows_) printRow(out, row, widths);
+    forEachRow([&](const std::vector<std::string>& row) { printRow(out, row, widths); });
   }
-  out << rows_.size() << ' ' << (rows_.size() == 1 ? singular_ : plural_) << '\n';
+  out << count << ' ' << (count == 1 ? singular_ : plural_) << '\n';
 }
 
 }  // namespace qvk

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -25,7 +26,14 @@ class Table {
 
   // Missing cells are blank, extra cells are dropped.
   void addRow(std::vector<std::string> cells);
-  std::size_t rowCount() const { return rows_.size(); }
+  // Rows made when the table is printed instead of kept: `row(i)` is called
+  // twice for each of `count` rows (to measure the columns, then to print),
+  // so a list of hundreds of thousands of records prints without a copy of
+  // its cells. What `row` reads must live until print() returns. Replaces
+  // the rows added before.
+  using RowSource = std::function<std::vector<std::string>(std::size_t)>;
+  void setRows(std::size_t count, RowSource row);
+  std::size_t rowCount() const { return source_ ? sourceCount_ : rows_.size(); }
 
   void print(std::ostream& out) const;
 
@@ -35,6 +43,8 @@ class Table {
   static std::string truncate(std::string_view text, std::size_t width);
 
  private:
+  std::vector<std::string> cleaned(std::vector<std::string> cells) const;
+  void forEachRow(const std::function<void(const std::vector<std::string>&)>& visit) const;
   std::vector<std::size_t> columnWidths() const;
   void printRow(std::ostream& out, const std::vector<std::string>& cells,
                 const std::vector<std::size_t>& widths) const;
@@ -43,6 +53,8 @@ class Table {
   std::string singular_;
   std::string plural_;
   std::vector<std::vector<std::string>> rows_;
+  RowSource source_;
+  std::size_t sourceCount_ = 0;
 };
 
 }  // namespace qvk

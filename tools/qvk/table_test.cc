@@ -25,6 +25,15 @@ TEST(Table, AlignsColumnsAndCountsRows) {
             "2 categories\n");
 }
 
+TEST(Table, RowsMadeWhenPrintedPrintAsAddedRows) {
+  const std::vector<std::vector<std::string>> rows = {{"7", "Gen\neral"}, {"360000010001"}};
+  Table added({{"ID", 10, true}, {"NAME", 20}}, "category", "categories");
+  for (const auto& row : rows) added.addRow(row);
+  Table made({{"ID", 10, true}, {"NAME", 20}}, "category", "categories");
+  made.setRows(rows.size(), [&](std::size_t i) { return rows[i]; });
+  EXPECT_EQ(printed(made), printed(added));
+}
+
 TEST(Table, SingularCountAndNoHeaderWhenEmpty) {
   Table one({{"A", 5}}, "vote", "votes");
   one.addRow({"x"});

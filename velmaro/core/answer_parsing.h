@@ -3,12 +3,14 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 
 #include "velmaro/core/provider_request.h"
+#include "velmaro/util/json_list_reader.h"
 
 namespace velmaro {
 
@@ -28,6 +30,27 @@ class AnswerParsing {
       unsigned char firstBlock[4096];
       boost::json::monotonic_resource arena(firstBlock, sizeof firstBlock);
       return parse(jsonObject(response, &arena));
+    };
+  }
+
+  // The records of the array under `key`, each made by `parseOne`, read
+  // element by element so that no tree of the whole body is ever built; the
+  // body is let go before the records are handed on. Reads as json() with
+  // JsonValueConversion::parseList does: an absent, unparsable or non-object
+  // body, or a missing key, gives no records.
+  template <class Record>
+  static typename ProviderRequest<std::vector<Record>>::Parse list(
+      const char* key, Record (*parseOne)(const boost::json::object&)) {
+    return [key, parseOne](
+               QVKDispatcherResponse response) -> quorvel::platform::Result<std::vector<Record>> {
+      std::vector<Record> records;
+      if (!response.data) return records;
+      const bool valid = JsonListReader::read(
+          *response.data, key, [&](std::size_t count) { records.reserve(count); },
+          [&](const boost::json::object& element) { records.push_back(parseOne(element)); });
+      if (!valid) return std::vector<Record>{};
+      response.data.reset();
+      return records;
     };
   }
 

@@ -15,10 +15,10 @@ void HelpCenterListOperations::categories(const Context& ctx, const std::string&
   if (ctx.stopsOnInvalid(qvk_NilSafeNSDictionaryOfVariableBindings("callback", cb),
                          "-[QVKHelpCenterProvider getCategoriesWithLocale:callback:]", cb))
     return;
-  ctx.send(Context::listRequest<QVKHelpCenterCategory>(
+  ctx.send(Context::plainListRequest(
                StringFormat::format("/api/v2/help_center/%@/categories.json?per_page=100", locale),
-               QV_HC_CategoriesStarting, QV_HC_CategoriesUpdated,
-               &QVKHelpCenterCategory::parseCategories),
+               QV_HC_CategoriesStarting, QV_HC_CategoriesUpdated, "categories",
+               &QVKHelpCenterCategory::parseCategory),
            std::move(cb));
 }
 
@@ -30,10 +30,11 @@ void HelpCenterListOperations::sections(const Context& ctx, const std::string& l
           "-[QVKHelpCenterProvider getSectionsWithCategoryId:locale:withCallback:]", cb))
     return;
   ctx.send(
-      Context::listRequest<QVKHelpCenterSection>(
+      Context::plainListRequest(
           StringFormat::format("/api/v2/help_center/%@/categories/%@/sections.json?per_page=100",
                                locale, categoryId),
-          QV_HC_SectionsStarting, QV_HC_SectionsUpdated, &QVKHelpCenterSection::parseSections),
+          QV_HC_SectionsStarting, QV_HC_SectionsUpdated, "sections",
+          &QVKHelpCenterSection::parseSection),
       std::move(cb));
 }
 

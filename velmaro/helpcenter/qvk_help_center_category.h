@@ -9,23 +9,26 @@
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
 
+#include "velmaro/util/optional_text.h"
 #include "velmaro/util/qvk_json_util.h"
 
 namespace velmaro {
 
 // A Help Center category. The dates stay exactly as the server wrote them.
+// Its texts are OptionalText: a list of categories can be hundreds of
+// thousands long, and most of them leave most texts out.
 struct QVKHelpCenterCategory {
   std::optional<std::int64_t> identifier;
-  std::optional<std::string> name;
-  std::optional<std::string> categoryDescription;
+  OptionalText name;
+  OptionalText categoryDescription;
   std::int64_t position = 0;
   bool outdated = false;
-  std::optional<std::string> locale;
-  std::optional<std::string> sourceLocale;
-  std::optional<std::string> url;
-  std::optional<std::string> html_url;
-  std::optional<std::string> createdAt;
-  std::optional<std::string> updatedAt;
+  OptionalText locale;
+  OptionalText sourceLocale;
+  OptionalText url;
+  OptionalText html_url;
+  OptionalText createdAt;
+  OptionalText updatedAt;
 
   static QVKHelpCenterCategory parseCategory(const boost::json::object& json);
   // The categories under "categories"; none when the key is missing.

@@ -6,7 +6,7 @@ namespace velmaro {
 
 std::string QVKHelpCenterFlatArticle::getArticleBreadcrumb() const {
   const std::optional<std::string> none;
-  return StringFormat::format("%@, %@, %@", category ? category->name : none,
+  return StringFormat::format("%@, %@, %@", category ? category->name.toOptional() : none,
                               section ? section->name : none, article.title);
 }
 

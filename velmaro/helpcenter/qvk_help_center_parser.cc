@@ -13,14 +13,16 @@ namespace {
 
 // Case-insensitive order of names (Unicode case folding); an absent name
 // sorts before every present one.
-int compareIgnoringCase(const std::optional<std::string>& a, const std::optional<std::string>& b) {
+int compareIgnoringCase(std::optional<std::string_view> a, std::optional<std::string_view> b) {
   if (!a || !b) return a ? 1 : (b ? -1 : 0);
   return quorvel::platform::TextComparison::caseInsensitiveCompare(*a, *b);
 }
 
-const std::optional<std::string>& nameOf(const auto& optionalRecord) {
-  static const std::optional<std::string> kNone;
-  return optionalRecord ? optionalRecord->name : kNone;
+// A view of the record's name (a std::optional<std::string> or an
+// OptionalText), not a copy: the sort compares names many times.
+std::optional<std::string_view> nameOf(const auto& optionalRecord) {
+  if (!optionalRecord || !optionalRecord->name) return std::nullopt;
+  return std::string_view(*optionalRecord->name);
 }
 
 }  // namespace
@@ -114,7 +116,9 @@ std::vector<QVKHelpCenterArticle> QVKHelpCenterParser::parseArticlesWithRootKey(
     if (withParents) {
       const auto* section = sectionFor(article);
       const auto* category = categoryFor(section);
-      const auto name = [](const std::optional<std::string>& n) -> std::string_view {
+      // A section's name is a std::optional<std::string>, a category's an
+      // OptionalText: both read as views, neither copied.
+      const auto name = [](const auto& n) -> std::string_view {
         return n ? std::string_view(*n) : std::string_view(kAbsentName);
       };
       const auto categoryName = category ? name(category->name) : std::string_view(kAbsentName);

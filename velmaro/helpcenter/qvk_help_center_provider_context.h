@@ -54,14 +54,18 @@ class QVKHelpCenterProviderContext : public ProviderContext {
   template <class Record, class Parse>
   static ProviderRequest<std::vector<Record>> listRequest(std::string path, const char* starting,
                                                           const char* success, Parse parse) {
-    ProviderRequest<std::vector<Record>> request;
-    request.path = std::move(path);
-    request.starting = starting;
-    request.success = success;
-    request.failures = {QV_HC_RequestError};
-    request.parse = AnswerParsing::json<std::vector<Record>>(std::move(parse));
-    request.callbackName = kListCallback;
-    return request;
+    return listRequestParsedBy<Record>(std::move(path), starting, success,
+                                       AnswerParsing::json<std::vector<Record>>(std::move(parse)));
+  }
+
+  // As listRequest(), for an answer that is a plain list under `key`: read
+  // element by element (AnswerParsing::list), for lists that can be long.
+  template <class Record>
+  static ProviderRequest<std::vector<Record>> plainListRequest(
+      std::string path, const char* starting, const char* success, const char* key,
+      Record (*parseOne)(const boost::json::object&)) {
+    return listRequestParsedBy<Record>(std::move(path), starting, success,
+                                       AnswerParsing::list<Record>(key, parseOne));
   }
 
   // The record under `key` of the answer, as a one-element list.
@@ -75,6 +79,21 @@ class QVKHelpCenterProviderContext : public ProviderContext {
   // Records the query of a search whose answer just arrived, with its "count".
   static void cacheLastSearch(const std::optional<std::string>& query,
                               const boost::json::object& result);
+
+ private:
+  template <class Record>
+  static ProviderRequest<std::vector<Record>> listRequestParsedBy(
+      std::string path, const char* starting, const char* success,
+      typename ProviderRequest<std::vector<Record>>::Parse parse) {
+    ProviderRequest<std::vector<Record>> request;
+    request.path = std::move(path);
+    request.starting = starting;
+    request.success = success;
+    request.failures = {QV_HC_RequestError};
+    request.parse = std::move(parse);
+    request.callbackName = kListCallback;
+    return request;
+  }
 };
 
 }  // namespace velmaro

@@ -10,6 +10,8 @@
 #include <boost/json.hpp>
 #include <boost/mp11/algorithm.hpp>
 
+#include "velmaro/util/optional_text.h"
+
 namespace velmaro {
 
 // Reading values out of parsed JSON without tripping over JSON null, and
@@ -108,7 +110,7 @@ class QVKJsonUtil {
                                                            boost::describe::mod_private>;
 
   template <class U>
-  struct IsOptional : std::false_type {};
+  struct IsOptional : std::is_same<U, OptionalText> {};
   template <class U>
   struct IsOptional<std::optional<U>> : std::true_type {};
 
