@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -40,6 +41,10 @@ class CoreServices {
   AccessTokenManager& tokens() { return tokens_; }
   RequestExecutor& executor() { return executor_; }
 
+  // Set once, before the first request (see QuorvelOptions::maxStaleAge).
+  void setMaxStaleAge(std::chrono::seconds age) { maxStaleAge_ = age; }
+  std::chrono::seconds maxStaleAge() const { return maxStaleAge_; }
+
   std::shared_ptr<const Identity> identity() const;
   void setIdentity(std::shared_ptr<const Identity> identity);
 
@@ -56,6 +61,7 @@ class CoreServices {
   HttpTransport transport_;
   AccessTokenManager tokens_;
   RequestExecutor executor_;
+  std::chrono::seconds maxStaleAge_{0};
   mutable std::mutex identityMutex_;
   std::shared_ptr<const Identity> identity_;
 };

@@ -27,6 +27,19 @@ std::optional<std::string> HttpCacheEntry::etag() const {
   return it->second;
 }
 
+bool HttpCacheEntry::mayStandInWhenUnreachable(double now, double maxStaleAge) const {
+  if (maxStaleAge <= 0 || now - freshUntil > maxStaleAge) return false;
+  const auto it = headers->find("Cache-Control");
+  if (it == headers->end()) return true;
+  const CacheControl control = CacheControl::parse(it->second);
+  return !control.mustRevalidate && !control.noStore;
+}
+
+long HttpCacheEntry::ageAt(double now) const {
+  const double since = now > storedAt ? now - storedAt : 0;
+  return ageSeconds(*headers) + static_cast<long>(since);
+}
+
 std::optional<CachedURLResponse> HttpCacheEntry::toCachedResponse() const {
   auto response = HTTPURLResponse::makeSharing(url, 200, httpVersion, headers);
   if (!response) return std::nullopt;

@@ -22,6 +22,12 @@ struct HttpCacheEntry {
   double freshUntil = 0;
 
   bool isFresh(double now) const { return now < freshUntil; }
+  // Whether the entry may answer for the service when the service cannot be
+  // reached: not past its freshness by more than `maxStaleAge` seconds, and
+  // stored without must-revalidate (or no-store, never stored anyway).
+  bool mayStandInWhenUnreachable(double now, double maxStaleAge) const;
+  // The entry's age at `now`: the Age it arrived with plus the time since.
+  long ageAt(double now) const;
   std::optional<std::string> etag() const;
   std::optional<CachedURLResponse> toCachedResponse() const;
 

@@ -97,6 +97,7 @@ std::shared_ptr<Quorvel> Quorvel::initialize(std::string appId, std::string quor
   TransportLimits limits{options.connectTimeout, options.requestTimeout, options.maxResponseBytes};
   parts.services = std::make_shared<CoreServices>(appId, quorvelUrl, clientId, parts.dataDirectory,
                                                   parts.mainQueue, limits);
+  parts.services->setMaxStaleAge(options.maxStaleAge);
   parts.accountDetails = AccountDetails(appId, quorvelUrl, clientId, parts.services);
   parts.providerModule.settings =
       std::make_shared<SettingsProvider>(parts.accountDetails, parts.mainQueue);

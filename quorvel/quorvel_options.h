@@ -27,6 +27,10 @@ struct QuorvelOptions {
   std::chrono::milliseconds connectTimeout{10'000};
   std::chrono::milliseconds requestTimeout{60'000};
   std::size_t maxResponseBytes = 32u * 1024u * 1024u;
+  // How long past its freshness a stored GET answer may still stand in for
+  // the service when the service cannot be reached (no connection, host not
+  // found, offline, time-out). Zero: never.
+  std::chrono::seconds maxStaleAge{std::chrono::hours(24 * 30)};
   // How long send() waits for more blips before a batch leaves.
   std::chrono::milliseconds blipDelay{500};
 };

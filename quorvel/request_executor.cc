@@ -7,6 +7,7 @@
 #include "quorvel/connection_ledger.h"
 #include "quorvel/core_logger.h"
 #include "quorvel/core_services.h"
+#include "quorvel/platform/notification_center.h"
 #include "quorvel/platform/transport_error.h"
 
 namespace quorvel {
@@ -37,12 +38,29 @@ CachedURLResponse transformed(const std::shared_ptr<CachedHTTPURLResponseDelegat
   return transformer->transform(cached);
 }
 
+// Failures in which the request never reached the service. An answer the
+// service did give (a 404, a 500) is never covered up by a stored one.
+bool serviceUnreachable(const platform::Error& error) {
+  using Code = platform::TransportErrorCode;
+  if (error.domain != platform::TransportError::kDomain) return false;
+  switch (static_cast<Code>(error.code)) {
+    case Code::kTimedOut:
+    case Code::kCannotFindHost:
+    case Code::kCannotConnectToHost:
+    case Code::kNotConnectedToInternet:
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 struct RequestExecutor::Call {
   Job job;
   Completion completion;
-  std::string cacheKey;  // empty: the cache is not used
+  std::string cacheKey;                         // empty: the cache is not used
+  std::shared_ptr<const HttpCacheEntry> stale;  // past its freshness
   std::shared_ptr<const HttpCacheEntry> revalidating;
   std::optional<std::string> token;
 };
@@ -89,7 +107,8 @@ void RequestExecutor::execute(Job job, Completion completion) {
         answerFromCache(*call, *entry);
         return;
       }
-      if (entry->etag()) call->revalidating = std::move(entry);
+      if (entry->etag()) call->revalidating = entry;
+      call->stale = std::move(entry);
     }
   }
 
@@ -110,7 +129,7 @@ void RequestExecutor::execute(Job job, Completion completion) {
           send(std::move(call), std::move(outcome.token));
         } else if (outcome.rejection) {
           handle(call, std::move(*outcome.rejection));
-        } else {
+        } else if (!answerStaleInstead(*call, *outcome.error)) {
           call->completion(std::nullopt, std::nullopt, std::move(outcome.error));
         }
       });
@@ -138,7 +157,9 @@ void RequestExecutor::send(std::shared_ptr<Call> call, std::optional<std::string
 void RequestExecutor::handle(const std::shared_ptr<Call>& call,
                              platform::Result<TransportResponse> result) {
   if (!result.ok()) {
-    call->completion(std::nullopt, std::nullopt, result.error());
+    if (!answerStaleInstead(*call, result.error())) {
+      call->completion(std::nullopt, std::nullopt, result.error());
+    }
     return;
   }
   TransportResponse& answer = result.value();
@@ -172,6 +193,39 @@ void RequestExecutor::answerFromCache(const Call& call, const HttpCacheEntry& en
   std::optional<std::string> body;
   if (!entry.body->empty()) body = *entry.body;
   call.completion(std::move(body), std::move(response), std::nullopt);
+}
+
+bool RequestExecutor::answerStaleInstead(const Call& call, const platform::Error& error) {
+  const double now = nowSeconds();
+  const double maxStale = static_cast<double>(services_.maxStaleAge().count());
+  if (!call.stale || !serviceUnreachable(error) ||
+      !call.stale->mayStandInWhenUnreachable(now, maxStale)) {
+    return false;
+  }
+  const HttpCacheEntry& entry = *call.stale;
+  // Marked the way a shared cache marks a stale answer, so that a caller
+  // that reads the response can tell it from a fresh one.
+  HttpHeaderFields headers = *entry.headers;
+  headers.insert_or_assign("Age", std::to_string(entry.ageAt(now)));
+  headers.insert_or_assign("Warning", "111 - \"Revalidation Failed\"");
+  auto response = HTTPURLResponse::make(call.job.url, 200, entry.httpVersion, std::move(headers));
+  if (!response) return false;
+  CoreLogger::info(fmt::format("{} cannot be reached ({}); answering with the copy stored {} s ago",
+                               call.job.url, error.localizedDescription(), entry.ageAt(now)));
+  announceStaleAnswer(call.job.url, entry.storedAt);
+  std::optional<std::string> body;
+  if (!entry.body->empty()) body = *entry.body;
+  call.completion(std::move(body), std::move(response), std::nullopt);
+  return true;
+}
+
+void RequestExecutor::announceStaleAnswer(const std::string& url, double storedAt) {
+  // On the main queue, ahead of the answer's callback posted after it.
+  services_.mainQueue()->post([url, storedAt] {
+    platform::NotificationCenter::defaultCenter().post(
+        kStaleAnswerNotification, nullptr,
+        {{kStaleAnswerURLKey, url}, {kStaleAnswerStoredAtKey, storedAt}});
+  });
 }
 
 void RequestExecutor::storeAnswer(const Call& call, const HTTPURLResponse& response,

@@ -46,6 +46,14 @@ class RequestExecutor {
     std::shared_ptr<const TransferOptions> transfer;
   };
 
+  // Posted on the main queue, before the answer's callback, when a stored
+  // GET answer stands in for a service that could not be reached. User info:
+  // the URL (std::string) and when the copy was stored (double, seconds
+  // since 1970).
+  static constexpr const char* kStaleAnswerNotification = "QuorvelStaleAnswerNotification";
+  static constexpr const char* kStaleAnswerURLKey = "url";
+  static constexpr const char* kStaleAnswerStoredAtKey = "storedAt";
+
   explicit RequestExecutor(CoreServices& services) : services_(services) {}
 
   void execute(Job job, Completion completion);
@@ -70,6 +78,10 @@ class RequestExecutor {
   void send(std::shared_ptr<Call> call, std::optional<std::string> token);
   void handle(const std::shared_ptr<Call>& call, platform::Result<TransportResponse> result);
   void answerFromCache(const Call& call, const HttpCacheEntry& entry);
+  // Answers `call` with its stale stored copy when `error` says the service
+  // was not reached and the copy may stand in; false when it may not.
+  bool answerStaleInstead(const Call& call, const platform::Error& error);
+  void announceStaleAnswer(const std::string& url, double storedAt);
   void storeAnswer(const Call& call, const HTTPURLResponse& response, const std::string& body);
   void refreshAfterNotModified(const Call& call, const TransportResponse& notModified);
 

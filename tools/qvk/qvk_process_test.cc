@@ -344,5 +344,26 @@ TEST_F(QvkRequestState, ACommentByTheUserCountsAsRead) {
   EXPECT_EQ(updates(), none);
 }
 
+// Help Center pages stay readable from their stored copies once the service
+// is gone, and qvk says that they are copies.
+TEST(QvkOffline, PagesComeFromTheirCopiesWhenTheServiceIsGone) {
+  EmulatorProcess emulator(QVK_EMULATOR_BINARY, {"--hc-max-age", "1"});
+  ASSERT_TRUE(emulator.running()) << emulator.error();
+  std::string pattern = "/tmp/qvk-data-XXXXXX";
+  ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+  const std::vector<std::string> args{"--url", emulator.url(), "--data-dir",
+                                      pattern, "hc",           "categories"};
+  const auto online = QvkInvocation::run(QVK_BINARY, args, "");
+  ASSERT_EQ(online.status, 0) << online.err;
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // past max-age
+  emulator.stop();
+
+  const auto offline = QvkInvocation::run(QVK_BINARY, args, "");
+  std::filesystem::remove_all(pattern);
+  EXPECT_EQ(offline.status, 0) << offline.err;
+  EXPECT_EQ(offline.out, online.out);
+  EXPECT_NE(offline.err.find("offline: showing the copy from "), std::string::npos) << offline.err;
+}
+
 }  // namespace
 }  // namespace qvk

@@ -1,10 +1,13 @@
 #include "tools/qvk/session.h"
 
 #include <algorithm>
+#include <ctime>
+#include <iostream>
 
 #include "quorvel/anonymous_identity.h"
 #include "quorvel/core_logger.h"
 #include "quorvel/jwt_identity.h"
+#include "quorvel/request_executor.h"
 #include "tools/qvk/client_errors.h"
 #include "velmaro/core/support.h"
 
@@ -30,6 +33,16 @@ std::shared_ptr<const quorvel::Identity> identity(const GlobalOptions& options) 
   return std::make_shared<quorvel::AnonymousIdentity>(options.name, options.email);
 }
 
+// "2026-11-24 01:02 UTC"
+std::string utcMinute(double secondsSince1970) {
+  const auto seconds = static_cast<std::time_t>(secondsSince1970);
+  std::tm parts{};
+  gmtime_r(&seconds, &parts);
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", &parts);
+  return text;
+}
+
 }  // namespace
 
 quorvel::platform::Result<std::unique_ptr<Session>> Session::open(const GlobalOptions& options) {
@@ -52,7 +65,25 @@ quorvel::platform::Result<std::unique_ptr<Session>> Session::open(const GlobalOp
   if (options.locale) velmaro::Support::instance()->setHelpCenterLocaleOverride(options.locale);
   std::unique_ptr<Session> session(new Session(std::move(loop), std::move(core), *options.url));
   session->setAnswerTimeout(answerTimeout);
+  session->noticeStaleAnswers();
   return session;
+}
+
+void Session::noticeStaleAnswers() {
+  using quorvel::RequestExecutor;
+  staleNotice_ = quorvel::platform::NotificationCenter::defaultCenter().observe(
+      RequestExecutor::kStaleAnswerNotification, nullptr,
+      [last = std::string()](const quorvel::platform::Notification& notification) mutable {
+        const auto it = notification.userInfo.find(RequestExecutor::kStaleAnswerStoredAtKey);
+        if (it == notification.userInfo.end()) return;
+        const auto* storedAt = std::any_cast<double>(&it->second);
+        if (!storedAt) return;
+        // One line for the answers of one page, which share a time.
+        auto line = "offline: showing the copy from " + utcMinute(*storedAt);
+        if (line == last) return;
+        std::cerr << line << "\n";
+        last = std::move(line);
+      });
 }
 
 Session::~Session() {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "quorvel/platform/notification_center.h"
 #include "quorvel/platform/result.h"
 #include "quorvel/platform/run_loop.h"
 #include "quorvel/quorvel.h"
@@ -53,12 +54,16 @@ class Session {
 
   void settle();
   void flushBlips();
+  // Says on standard error when an answer is a stored copy standing in for
+  // an unreachable service (main queue).
+  void noticeStaleAnswers();
 
   std::shared_ptr<quorvel::platform::RunLoop> loop_;
   std::shared_ptr<quorvel::Quorvel> core_;
   std::string url_;
   std::chrono::milliseconds answerTimeout_ = kAnswerTimeout;
   bool finished_ = false;
+  quorvel::platform::NotificationCenter::Registration staleNotice_;
 };
 
 }  // namespace qvk
