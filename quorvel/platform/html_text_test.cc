@@ -42,7 +42,7 @@ TEST(HtmlTextTest, FastPathOnlyForTextThatIsAlreadyPlain) {
     bool plain;
   } cases[] = {
       {"How do I reset my password?", true},
-      {"Grüße aus Köln", true},
+      {"Grüße aus Köln", false},  // beyond ASCII: the parser may replace characters
       {"", true},
       {"a&amp;b", false},
       {"a<b", false},

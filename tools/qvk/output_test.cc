@@ -91,7 +91,7 @@ TEST_P(OutputList, WritesTheDocumentOfTheWholeList) {
   if (!records.empty()) records.front() = nullptr;
   std::ostringstream out;
   std::ostringstream err;
-  Output(out, err, true, kUrl).list(records);
+  Output(out, err, true, {kUrl}).list(records);
   EXPECT_EQ(out.str(), boost::json::serialize(boost::json::value_from(records)) + "\n");
 }
 

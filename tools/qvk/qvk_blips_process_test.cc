@@ -69,7 +69,8 @@ class QvkBlips : public ::testing::Test {
   // The blip ids the emulator accepted, each as often as it was accepted.
   static std::multiset<std::string> acceptedIds() {
     std::multiset<std::string> ids;
-    for (const auto& blip : blips().at("blips").as_array()) {
+    const auto received = blips();  // kept: the loop reads into it
+    for (const auto& blip : received.at("blips").as_array()) {
       const auto* id = blip.as_object().if_contains("blip_id");
       ids.emplace(id ? std::string(id->as_string()) : "");
     }

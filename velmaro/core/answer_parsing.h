@@ -48,7 +48,10 @@ class AnswerParsing {
       const bool valid = JsonListReader::read(
           *response.data, key, [&](std::size_t count) { records.reserve(count); },
           [&](const boost::json::object& element) { records.push_back(parseOne(element)); });
-      if (!valid) return std::vector<Record>{};
+      if (!valid) {
+        if (!response.data->empty()) response.bodyUnreadable("the answer is not valid JSON");
+        return std::vector<Record>{};
+      }
       response.data.reset();
       return records;
     };
