@@ -80,13 +80,13 @@ struct FaultColumn {
 
 // The core's request time-out is short here; the delay outlasts it, also for
 // transfers, which end after a second without progress.
-constexpr std::chrono::milliseconds kRequestTimeout{800};
+constexpr std::chrono::milliseconds kRequestTimeout{2000};
 
 const FaultColumn kFaults[] = {
     {"status500", FaultKind::status500, R"("status":500)", kHttp, 500},
     {"unauthorized", FaultKind::unauthorized, R"("status":401)", kHttp, 401},
     {"dropped", FaultKind::dropped, R"("drop":true)", kTransport, -1005},
-    {"timedOut", FaultKind::timedOut, R"("delay_ms":2500)", kTransport, -1001},
+    {"timedOut", FaultKind::timedOut, R"("delay_ms":4000)", kTransport, -1001},
     {"malformed", FaultKind::malformed, R"("malformed":true)", nullptr, 0},
     {"oversize", FaultKind::oversize, R"("oversize":true)", kTransport, -1103},
 };
