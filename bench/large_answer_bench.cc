@@ -14,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "bench/process_status.h"
 #include "velmaro/core/answer_parsing.h"
 #include "velmaro/helpcenter/qvk_help_center_category.h"
 
@@ -26,15 +27,7 @@ using Records = std::vector<QVKHelpCenterCategory>;
 
 constexpr int kCategories = 850000;
 
-// Kilobytes of a "Vm…:" line of /proc/self/status.
-long statusKb(const char* field) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line)) {
-    if (line.rfind(field, 0) == 0) return std::stol(line.substr(std::string(field).size()));
-  }
-  return 0;
-}
+using velmaro::bench::statusKb;
 
 // {"categories":[{"id":100000,"name":"Topic 100000"},...],"count":850000}:
 // about 36 bytes a category, as small as a category comes.

@@ -19,6 +19,7 @@
 #include <curl/curl.h>
 #include <httplib.h>
 
+#include "bench/process_status.h"
 #include "quorvel/platform/run_loop.h"
 #include "quorvel/quorvel.h"
 #include "velmaro/attachments/qvk_attachment_provider.h"
@@ -30,15 +31,7 @@ namespace {
 constexpr std::size_t kFileBytes = 50u * 1000u * 1000u;
 constexpr std::size_t kChunk = 1u << 20;
 
-// Kilobytes of a "Vm…:" line of /proc/self/status.
-long statusKb(const char* field) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line)) {
-    if (line.rfind(field, 0) == 0) return std::stol(line.substr(std::string(field).size()));
-  }
-  return 0;
-}
+using velmaro::bench::statusKb;
 
 // Starts counting the peak resident memory again from the present.
 void resetPeak() {
