@@ -90,13 +90,22 @@ void streamOversizeBody(Response& res) {
                                    });
 }
 
+// Headers promise one byte that never comes, and the connection closes.
+void dropConnection(Response& res) {
+  res.body.clear();
+  res.set_content_provider(1, "application/json",
+                           [](std::size_t, std::size_t, httplib::DataSink&) { return false; });
+}
+
+// Set by a "drop_after" fault for the request this worker thread handles
+// now, and used up when its answer is about to go.
+thread_local bool dropAnswer = false;
+
 // Applies a scripted fault; answers whether it replaced the real answer.
 bool applyFault(const Fault& fault, Response& res) {
   if (fault.delayMs > 0) std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
   if (fault.drop) {
-    // Headers promise one byte that never comes, and the connection closes.
-    res.set_content_provider(1, "application/json",
-                             [](std::size_t, std::size_t, httplib::DataSink&) { return false; });
+    dropConnection(res);
     return true;
   }
   if (fault.malformed) {
@@ -169,8 +178,10 @@ void EmulatorServer::installHandlers() {
     if (isControlPath(req.path)) return HandlerResponse::Unhandled;
     if (options_.latencyMs > 0)
       std::this_thread::sleep_for(std::chrono::milliseconds(options_.latencyMs));
-    if (auto fault = faults_->take(req.path); fault && applyFault(*fault, res))
-      return HandlerResponse::Handled;
+    if (auto fault = faults_->take(req.path)) {
+      if (applyFault(*fault, res)) return HandlerResponse::Handled;
+      dropAnswer = fault->dropAfter;
+    }
     if (settings_->helpCenterRestricted() && isHelpCenterPath(req.path) && !isVotePath(req.path)) {
       auto user = identities_->authenticate(req);
       if (!user || !user->jwt) {
@@ -181,6 +192,11 @@ void EmulatorServer::installHandlers() {
     return HandlerResponse::Unhandled;
   });
   server.set_post_routing_handler([this](const Request& req, Response& res) {
+    if (dropAnswer) {
+      dropAnswer = false;
+      dropConnection(res);
+      return;
+    }
     if (req.method != "GET" || res.status != 200 || res.body.empty()) return;
     if (isHelpCenterPath(req.path))
       res.set_header("X-QV-Cache-Control",

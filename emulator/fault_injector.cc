@@ -13,6 +13,7 @@ json::object toJson(const Fault& fault) {
                       {"status", fault.status},
                       {"delay_ms", fault.delayMs},
                       {"drop", fault.drop},
+                      {"drop_after", fault.dropAfter},
                       {"malformed", fault.malformed},
                       {"oversize", fault.oversize}};
 }
@@ -46,6 +47,7 @@ std::string FaultInjector::add(const json::object& faultJson, Fault& added) {
   if (error.empty()) error = readInt(faultJson, "status", 100, 599, f.status);
   if (error.empty()) error = readInt(faultJson, "delay_ms", 0, 60000, f.delayMs);
   if (error.empty()) error = readBool(faultJson, "drop", f.drop);
+  if (error.empty()) error = readBool(faultJson, "drop_after", f.dropAfter);
   if (error.empty()) error = readBool(faultJson, "malformed", f.malformed);
   if (error.empty()) error = readBool(faultJson, "oversize", f.oversize);
   if (!error.empty()) return error;
@@ -53,8 +55,8 @@ std::string FaultInjector::add(const json::object& faultJson, Fault& added) {
     if (!p->is_string()) return "path_prefix must be a string";
     f.pathPrefix = std::string(p->as_string());
   }
-  if (f.status == 0 && f.delayMs == 0 && !f.drop && !f.malformed && !f.oversize)
-    return "a fault needs status, delay_ms, drop, malformed or oversize";
+  if (f.status == 0 && f.delayMs == 0 && !f.drop && !f.dropAfter && !f.malformed && !f.oversize)
+    return "a fault needs status, delay_ms, drop, drop_after, malformed or oversize";
   std::lock_guard guard(mutex_);
   f.id = nextId_++;
   faults_.push_back(f);

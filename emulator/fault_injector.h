@@ -17,9 +17,12 @@ struct Fault {
   std::int64_t id = 0;
   int remaining = 1;
   std::string pathPrefix;
-  int status = 0;          // 0: answer normally (after the delay)
-  int delayMs = 0;         // waited before anything else
-  bool drop = false;       // close the connection without a complete answer
+  int status = 0;     // 0: answer normally (after the delay)
+  int delayMs = 0;    // waited before anything else
+  bool drop = false;  // close the connection without a complete answer
+  // Handle the request as usual (a POST stores what it sends), then close
+  // the connection without its answer.
+  bool dropAfter = false;
   bool malformed = false;  // a 200 whose JSON body is cut off
   bool oversize = false;   // a 200 whose body is longer than kOversizeBytes
 };
@@ -32,7 +35,7 @@ inline constexpr std::size_t kOversizeBytes = 33u * 1024u * 1024u;
 // matches a request applies to it; a used-up fault is removed.
 class FaultInjector {
  public:
-  // Parses {"count", "status", "delay_ms", "drop", "malformed", "oversize",
+  // Parses {"count", "status", "delay_ms", "drop", "drop_after", "malformed", "oversize",
   // "path_prefix"};
   // answers an error text, or "" and the stored fault in `added`.
   std::string add(const boost::json::object& faultJson, Fault& added);

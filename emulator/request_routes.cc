@@ -138,11 +138,21 @@ void answerList(EmulatorContext& ctx, const Request& req, Response& res,
   http::sendJson(res, 200, answer);
 }
 
+// An anonymous client that names its identity lists that identity's
+// requests, the ones its creates made.
 void listRequests(EmulatorContext& ctx, const Request& req, Response& res) {
   auto user = ctx.identities.authenticate(req);
   if (!user) return http::sendUnauthorized(res);
-  RequestStore store(ctx.db, http::baseUrl(req));
-  answerList(ctx, req, res, store.requestsOf(user->id, statusSet(req), requestOrder(req)));
+  const auto guid = req.get_header_value("Mobile-Sdk-Identity");
+  std::vector<std::int64_t> ids;
+  {
+    auto guard = ctx.db.lock();
+    const auto owner =
+        guid.empty() || user->jwt ? user->id : ctx.identities.userForGuid(guid, user->name, "");
+    ids = RequestStore(ctx.db, http::baseUrl(req))
+              .requestsOf(owner, statusSet(req), requestOrder(req));
+  }
+  answerList(ctx, req, res, ids);
 }
 
 void showMany(EmulatorContext& ctx, const Request& req, Response& res) {

@@ -1,11 +1,7 @@
 #include "quorvel/blip_queue.h"
 
-#include <cerrno>
-#include <csignal>
-
-#include <unistd.h>
-
 #include "quorvel/core_logger.h"
+#include "quorvel/local_process.h"
 #include "quorvel/platform/sqlite_database.h"
 #include "quorvel/platform/sqlite_statement.h"
 #include "quorvel/random_uuid.h"
@@ -31,20 +27,11 @@ std::int64_t nowMs() {
       .count();
 }
 
-std::string hostName() {
-  char name[256] = {};
-  return gethostname(name, sizeof name - 1) == 0 ? std::string(name) : std::string();
-}
-
-bool processGone(std::int64_t pid) {
-  return pid > 0 && kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
-}
-
 }  // namespace
 
 BlipQueue::BlipQueue(std::filesystem::path file, std::chrono::milliseconds leaseTime)
     : leaseTime_(leaseTime),
-      host_(hostName()),
+      host_(LocalProcess::hostName()),
       db_(std::make_unique<SqliteDatabase>(std::move(file), kSchema, &CoreLogger::error)) {
   addLeaseColumns();
 }
@@ -114,9 +101,9 @@ void BlipQueue::endLeasesOfDeadHolders(std::int64_t now) {
                             "AND lease_host = ?2 AND lease_pid <> ?3");
     holders.bind(1, now);
     holders.bind(2, host_);
-    holders.bind(3, static_cast<std::int64_t>(getpid()));
+    holders.bind(3, LocalProcess::id());
     while (holders.step()) {
-      if (processGone(holders.integer(0))) gone.push_back(holders.integer(0));
+      if (LocalProcess::gone(holders.integer(0))) gone.push_back(holders.integer(0));
     }
   }
   for (const auto pid : gone) {
@@ -136,7 +123,7 @@ std::vector<BlipQueue::Row> BlipQueue::lease(const std::string& token, std::size
                        "ORDER BY id LIMIT ?6)");
   take.bind(1, token);
   take.bind(2, host_);
-  take.bind(3, static_cast<std::int64_t>(getpid()));
+  take.bind(3, LocalProcess::id());
   take.bind(4, now + leaseTime_.count());
   take.bind(5, now);
   take.bind(6, static_cast<std::int64_t>(limit));

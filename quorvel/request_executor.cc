@@ -98,9 +98,11 @@ void RequestExecutor::execute(Job job, Completion completion) {
   }
 
   // A request that carries its own validator wants the server's answer
-  // (a 304 included), not ours.
+  // (a 304 included), not ours; so does one that says how to cache (a read
+  // that must see what the service holds now, never a stored copy).
   if (call->job.method == HttpMethod::get && !call->job.transfer &&
-      !hasHeader(call->job.headers, "If-None-Match")) {
+      !hasHeader(call->job.headers, "If-None-Match") &&
+      !hasHeader(call->job.headers, "Cache-Control")) {
     call->cacheKey = keyFor(call->job.url, call->job.requiresAuth);
     if (auto entry = services_.httpCache().lookup(call->cacheKey)) {
       if (entry->isFresh(nowSeconds())) {

@@ -13,7 +13,8 @@ set(RULES
   "velmaro/requests|velmaro/helpcenter/"
   "velmaro/storage|velmaro/helpcenter/"
   "velmaro/ticketforms|velmaro/helpcenter/"
-  "velmaro/attachments|velmaro/helpcenter/")
+  "velmaro/attachments|velmaro/helpcenter/"
+  "velmaro/outbox|velmaro/helpcenter/")
 
 set(violations "")
 foreach(rule IN LISTS RULES)

@@ -24,6 +24,8 @@ struct RequestsArguments {
   std::optional<std::vector<std::string>> tokens;
   std::optional<std::string> text;
   std::int64_t commentCount = 0;
+  bool queueOffline = false;  // create, comment: keep the call when the service is unreachable
+  bool sendOutbox = false;    // outbox: send what waits first
 };
 
 }  // namespace qvk

@@ -13,6 +13,7 @@
 #include "tools/qvk/file_upload.h"
 #include "tools/qvk/int64_argument.h"
 #include "tools/qvk/library_call.h"
+#include "tools/qvk/outbox_commands.h"
 #include "tools/qvk/requests_tables.h"
 #include "tools/qvk/transfer_wait.h"
 #include "velmaro/core/support.h"
@@ -182,6 +183,9 @@ void RequestsGroup::tokens(CLI::App* command) {
   command->add_option("--token", arguments_.tokens, "An upload token to attach (repeatable)")
       ->type_name("TOKEN")
       ->allow_extra_args(false);
+  command->add_flag("--queue-offline", arguments_.queueOffline,
+                    "Keep it in the outbox when the service cannot be reached (sent later, "
+                    "once); first sends what already waits there");
 }
 
 void RequestsGroup::declareReading(CLI::App* requests) {
@@ -243,6 +247,8 @@ void RequestsGroup::declareReadTracking(CLI::App* requests) {
   requestId(command(requests, "mark-unread", "Mark a request unread", &RequestsGroup::markUnread));
   requestId(command(requests, "refresh", "Signal news on a request, as a push would",
                     &RequestsGroup::refresh));
+  command(requests, "outbox", "Requests and comments kept to be sent later", &RequestsGroup::outbox)
+      ->add_flag("--send", arguments_.sendOutbox, "Send what waits first, oldest first");
 }
 
 int RequestsGroup::list(CommandContext& context) const {
@@ -320,10 +326,17 @@ int RequestsGroup::create(CommandContext& context) const {
         if (found == notification.userInfo.end()) return;
         if (const auto* request = std::any_cast<QVKRequest>(&found->second)) *announced = *request;
       });
+  const auto outbox = outboxFor(context, provider);
   auto response = LibraryCall::await<velmaro::QVKDispatcherResponse>(context.session, [&](auto cb) {
     provider.createRequest(createRequest(arguments_, attached.uploads), std::move(cb));
   });
-  if (!response) return context.output.error(response.error());
+  if (!response) {
+    if (outbox) {
+      if (auto status = OutboxCommands::reportQueued(context, *outbox, response.error()))
+        return *status;
+    }
+    return context.output.error(response.error());
+  }
   const auto request = createdRequest(announced, *response);
   if (context.output.json()) {
     context.output.document(boost::json::object{{"request", request.toJson()}});
@@ -338,6 +351,7 @@ int RequestsGroup::comment(CommandContext& context) const {
   auto attached = attachments(context, arguments_);
   if (attached.failed) return *attached.failed;
   QVKRequestProvider provider(context.session.core());
+  const auto outbox = outboxFor(context, provider);
   auto comment = LibraryCall::await<velmaro::QVKComment>(context.session, [&](auto cb) {
     if (attached.uploads) {
       provider.addComment(arguments_.text, arguments_.requestId, attached.uploads, std::move(cb));
@@ -345,7 +359,13 @@ int RequestsGroup::comment(CommandContext& context) const {
       provider.addComment(arguments_.text, arguments_.requestId, std::move(cb));
     }
   });
-  if (!comment) return context.output.error(comment.error());
+  if (!comment) {
+    if (outbox) {
+      if (auto status = OutboxCommands::reportQueued(context, *outbox, comment.error()))
+        return *status;
+    }
+    return context.output.error(comment.error());
+  }
   if (context.output.json()) {
     context.output.document(boost::json::object{{"comment", commentJson(*comment, std::nullopt)}});
   } else {
@@ -412,6 +432,18 @@ int RequestsGroup::refresh(CommandContext& context) const {
       velmaro::RequestStorage::initWithQuorvel(*context.session.core()).getRequestForId(id);
   if (!stored) return context.output.error(ClientErrors::notStored(id));
   return printStored(context, *stored, "unread");
+}
+
+std::shared_ptr<velmaro::RequestOutbox> RequestsGroup::outboxFor(
+    CommandContext& context, velmaro::QVKRequestProvider& provider) const {
+  if (!arguments_.queueOffline) return nullptr;
+  auto outbox = OutboxCommands::openAndSend(context);
+  provider.setOutbox(outbox);
+  return outbox;
+}
+
+int RequestsGroup::outbox(CommandContext& context) const {
+  return OutboxCommands::list(context, arguments_.sendOutbox);
 }
 
 }  // namespace qvk

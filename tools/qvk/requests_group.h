@@ -1,7 +1,11 @@
 #pragma once
 
+#include <memory>
+
 #include "tools/qvk/command_group.h"
 #include "tools/qvk/requests_arguments.h"
+#include "velmaro/outbox/request_outbox.h"
+#include "velmaro/requests/qvk_request_provider.h"
 
 namespace qvk {
 
@@ -33,6 +37,11 @@ class RequestsGroup final : public CommandGroup {
   int markRead(CommandContext& context) const;
   int markUnread(CommandContext& context) const;
   int refresh(CommandContext& context) const;
+  int outbox(CommandContext& context) const;
+  // The provider for create and comment: with --queue-offline it keeps calls
+  // in the outbox, after sending what already waits there.
+  std::shared_ptr<velmaro::RequestOutbox> outboxFor(CommandContext& context,
+                                                    velmaro::QVKRequestProvider& provider) const;
 
   RequestsArguments arguments_;
 };

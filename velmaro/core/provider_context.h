@@ -144,7 +144,14 @@ void ProviderContext::send(ProviderRequest<Result> request, ProviderCallback<Res
 
   auto failed = [ctx = *this, cb, failures = std::move(request.failures),
                  callbackName = request.callbackName, first = request.notifiesBeforeAnswer,
-                 quiet = request.quietWithoutCallback](Error error) {
+                 quiet = request.quietWithoutCallback,
+                 keeps = std::move(request.keepsFailure)](Error error) {
+    if (keeps) {
+      if (auto kept = keeps(error)) {
+        ctx.answerOnMainThread<Result>(callbackName, cb, std::nullopt, std::move(*kept));
+        return;
+      }
+    }
     if (quiet && !cb) return;
     if (!first) ctx.answerOnMainThread<Result>(callbackName, cb, std::nullopt, error);
     for (const char* name : failures) ctx.postToNotificationCenterOnMainThread(name, error);

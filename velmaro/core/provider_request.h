@@ -74,6 +74,12 @@ struct ProviderRequest {
   // Without a callback a failure posts nothing and nothing is answered (no
   // warning either); a success still posts its notification.
   bool quietWithoutCallback = false;
+  // A failure this gives an error for is taken over (the outbox keeps the
+  // call to send later): the callback gets the returned error in its place
+  // and no failure notification is posted. Absent, or no error: a failure
+  // is a failure.
+  std::function<std::optional<quorvel::platform::Error>(const quorvel::platform::Error&)>
+      keepsFailure;
   // Files, size limit, progress and cancellation of the transfer; null for
   // an ordinary call.
   std::shared_ptr<const quorvel::TransferOptions> transfer;

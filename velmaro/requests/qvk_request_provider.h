@@ -105,6 +105,12 @@ class QVKRequestProvider {
 
   const std::shared_ptr<quorvel::Quorvel>& quorvel() const { return quorvel_; }
 
+  // With an outbox, a new request or reply the service did not get is kept
+  // and sent later, and its callback answered with OutboxErrors::queued; the
+  // default (none) answers such calls with their failure. Set it before
+  // calling, from the thread that makes the calls.
+  void setOutbox(std::shared_ptr<RequestOutbox> outbox) { context_.setOutbox(std::move(outbox)); }
+
  private:
   std::shared_ptr<quorvel::Quorvel> quorvel_;
   QVKRequestProviderContext context_;

@@ -10,6 +10,8 @@
 
 namespace velmaro {
 
+class RequestOutbox;
+
 // What the request provider's operations share beyond the provider core: the
 // two feature gates and the gated send. Copied into completions like its
 // base; holds no provider.
@@ -17,6 +19,11 @@ class QVKRequestProviderContext : public ProviderContext {
  public:
   using ProviderContext::ProviderContext;
   using Gate = std::function<void(bool open)>;
+
+  // The outbox that keeps new requests and replies the service did not get;
+  // null (the default): their failures are answered as failures.
+  const std::shared_ptr<RequestOutbox>& outbox() const { return outbox_; }
+  void setOutbox(std::shared_ptr<RequestOutbox> outbox) { outbox_ = std::move(outbox); }
 
   // The conversations switch and the ticket-forms switch of the account's
   // settings; `gate` runs where the settings provider answers (the main
@@ -55,8 +62,13 @@ class QVKRequestProviderContext : public ProviderContext {
   }
 
   QVKRequestProviderContext withoutSender() const {
-    return QVKRequestProviderContext(core(), nullptr);
+    QVKRequestProviderContext context(core(), nullptr);
+    context.setOutbox(outbox_);
+    return context;
   }
+
+ private:
+  std::shared_ptr<RequestOutbox> outbox_;
 };
 
 }  // namespace velmaro

@@ -5,6 +5,7 @@
 #include "quorvel/quorvel.h"
 #include "velmaro/blips/request_blips.h"
 #include "velmaro/core/answer_parsing.h"
+#include "velmaro/outbox/request_outbox.h"
 #include "velmaro/requests/qvk_comments_response.h"
 #include "velmaro/requests/request_notifications.h"
 #include "velmaro/storage/request_storage.h"
@@ -100,11 +101,30 @@ void RequestCommentOperations::addComment(
           cb, "callback")) {
     return;
   }
-  boost::json::object body{{"value", *comment}};
+  auto request = submission(*requestId, *comment, attachments);
+  if (const auto& outbox = ctx.outbox()) {
+    std::vector<std::string> tokens;
+    for (const auto& token : uploadTokens(attachments.value_or(std::vector<QVKUploadResponse>{})))
+      tokens.emplace_back(token.as_string());
+    auto entry = OutboxEntry::reply(*requestId, *comment, std::move(tokens));
+    if (auto kept = outbox->keepBehindWaiting(entry)) {
+      ctx.postToNotificationCenterOnMainThread(request.starting);
+      ctx.answerOnMainThread<QVKComment>(request.callbackName, cb, std::nullopt, std::move(*kept));
+      return;
+    }
+    request.keepsFailure = outbox->keeper(std::move(entry));
+  }
+  ctx.sendWhenConversationsEnabled(std::move(request), std::move(cb));
+}
+
+ProviderRequest<QVKComment> RequestCommentOperations::submission(
+    const std::string& requestId, const std::string& text,
+    const std::optional<std::vector<QVKUploadResponse>>& attachments) {
+  boost::json::object body{{"value", text}};
   if (attachments) body["uploads"] = uploadTokens(*attachments);
   ProviderRequest<QVKComment> request;
   request.path =
-      StringFormat::format("/api/mobile/requests/%@.json?include=last_comment", *requestId);
+      StringFormat::format("/api/mobile/requests/%@.json?include=last_comment", requestId);
   request.httpMethod = "PUT";
   request.body = boost::json::serialize(
       boost::json::object{{"request", boost::json::object{{"comment", std::move(body)}}}});
@@ -122,7 +142,7 @@ void RequestCommentOperations::addComment(
   };
   auto answered = std::make_shared<std::optional<QVKRequest>>();
   request.parse = AnswerParsing::strictJson<QVKComment>(
-      [requestId = *requestId, text = *comment, attachments,
+      [requestId, text, attachments,
        answered](const boost::json::object& json) -> quorvel::platform::Result<QVKComment> {
         auto parsed = createRequestWithJson(json, requestId, text, attachments);
         if (!parsed) return AnswerParsing::jsonError("no request in the answer");
@@ -136,7 +156,15 @@ void RequestCommentOperations::addComment(
     if (*answered) info.emplace("request", **answered);
     return info;
   };
-  ctx.sendWhenConversationsEnabled(std::move(request), std::move(cb));
+  return request;
+}
+
+void RequestCommentOperations::arrived(const Context& ctx, const std::string& requestId,
+                                       const QVKComment& comment) {
+  RequestBlips::requestUpdateBlip(requestId);
+  countOwnComment(requestId);
+  ctx.postToNotificationCenterOnMainThread(QVKAPI_CommentSubmissionSuccess, std::nullopt,
+                                           {{"comment", comment}});
 }
 
 std::optional<QVKRequest> RequestCommentOperations::createRequestWithJson(

@@ -34,6 +34,16 @@ class RequestCommentOperations {
                          const std::optional<std::vector<QVKUploadResponse>>& attachments,
                          ProviderCallback<QVKComment> cb);
 
+  // The PUT of a reply, with its notifications; its answer counts the
+  // user's own comment as read and as a usage event. The outbox sends kept
+  // replies with it.
+  static ProviderRequest<QVKComment> submission(
+      const std::string& requestId, const std::string& text,
+      const std::optional<std::vector<QVKUploadResponse>>& attachments);
+  // What a sent reply's answer would have done, for one a read found the
+  // service already had.
+  static void arrived(const Context& ctx, const std::string& requestId, const QVKComment& comment);
+
   // The request of an add-comment answer, with its last comment from
   // createCommentWithJson; none when the answer has no "request".
   static std::optional<QVKRequest> createRequestWithJson(

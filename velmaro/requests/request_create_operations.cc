@@ -9,6 +9,7 @@
 #include "velmaro/blips/request_blips.h"
 #include "velmaro/core/answer_parsing.h"
 #include "velmaro/core/support.h"
+#include "velmaro/outbox/request_outbox.h"
 #include "velmaro/requests/qvk_create_request_utilities.h"
 #include "velmaro/requests/request_notifications.h"
 #include "velmaro/settings/qvk_contact_us_settings_provider.h"
@@ -89,6 +90,41 @@ std::string RequestCreateOperations::body(
   return boost::json::serialize(boost::json::object{{"request", std::move(request)}});
 }
 
+ProviderRequest<QVKDispatcherResponse> RequestCreateOperations::submission(const Context& ctx,
+                                                                           std::string body) {
+  ProviderRequest<QVKDispatcherResponse> request;
+  request.path = "/api/mobile/requests.json?include=last_comment";
+  request.httpMethod = "POST";
+  request.body = std::move(body);
+  const auto identity = ctx.core() ? ctx.core()->identity() : nullptr;
+  if (const auto* anonymous = dynamic_cast<const quorvel::AnonymousIdentity*>(identity.get())) {
+    request.headers["Mobile-Sdk-Identity"] = anonymous->guid();
+  }
+  request.starting = QVKAPI_RequestSubmissionStarting;
+  request.success = QVKAPI_RequestSubmissionSuccess;
+  request.failures = {QVKAPI_RequestSubmissionError};
+  auto created = std::make_shared<QVKRequest>();
+  request.parse =
+      [created](
+          QVKDispatcherResponse response) -> quorvel::platform::Result<QVKDispatcherResponse> {
+    *created = createdRequest(response);
+    RequestBlips::requestCreatedBlip(created->requestId.value_or(""));
+    storeCreatedRequest(*created);
+    return response;
+  };
+  request.successInfo = [created](const QVKDispatcherResponse&) {
+    return quorvel::platform::UserInfo{{"request", *created}};
+  };
+  return request;
+}
+
+void RequestCreateOperations::arrived(const Context& ctx, const QVKRequest& request) {
+  RequestBlips::requestCreatedBlip(request.requestId.value_or(""));
+  storeCreatedRequest(request);
+  ctx.postToNotificationCenterOnMainThread(QVKAPI_RequestSubmissionSuccess, std::nullopt,
+                                           {{"request", request}});
+}
+
 void RequestCreateOperations::createRequestWithSubject(
     const Context& ctx, std::optional<std::string> subject, std::optional<std::string> description,
     std::optional<std::vector<std::string>> tags,
@@ -105,30 +141,21 @@ void RequestCreateOperations::createRequestWithSubject(
                                          customTicketFields, ticketFormId);
   };
   QVKContactUsSettingsProvider::getContactUsSettingsWithCallback(
-      [ctx, body = std::move(body), cb = std::move(cb)](std::optional<ContactUsSettings> settings) {
-        ProviderRequest<QVKDispatcherResponse> request;
-        request.path = "/api/mobile/requests.json?include=last_comment";
-        request.httpMethod = "POST";
-        request.body = body(settings ? settings->tags() : std::vector<std::string>{});
-        const auto identity = ctx.core() ? ctx.core()->identity() : nullptr;
-        if (const auto* anonymous =
-                dynamic_cast<const quorvel::AnonymousIdentity*>(identity.get())) {
-          request.headers["Mobile-Sdk-Identity"] = anonymous->guid();
+      [ctx, body = std::move(body), subject = subject.value_or(""),
+       description = description.value_or(""),
+       cb = std::move(cb)](std::optional<ContactUsSettings> settings) {
+        auto request =
+            submission(ctx, body(settings ? settings->tags() : std::vector<std::string>{}));
+        if (const auto& outbox = ctx.outbox()) {
+          auto entry = OutboxEntry::newRequest(subject, description, *request.body);
+          if (auto kept = outbox->keepBehindWaiting(entry)) {
+            ctx.postToNotificationCenterOnMainThread(request.starting);
+            ctx.answerOnMainThread<QVKDispatcherResponse>(request.callbackName, cb, std::nullopt,
+                                                          std::move(*kept));
+            return;
+          }
+          request.keepsFailure = outbox->keeper(std::move(entry));
         }
-        request.starting = QVKAPI_RequestSubmissionStarting;
-        request.success = QVKAPI_RequestSubmissionSuccess;
-        request.failures = {QVKAPI_RequestSubmissionError};
-        auto created = std::make_shared<QVKRequest>();
-        request.parse = [created](QVKDispatcherResponse response)
-            -> quorvel::platform::Result<QVKDispatcherResponse> {
-          *created = createdRequest(response);
-          RequestBlips::requestCreatedBlip(created->requestId.value_or(""));
-          storeCreatedRequest(*created);
-          return response;
-        };
-        request.successInfo = [created](const QVKDispatcherResponse&) {
-          return quorvel::platform::UserInfo{{"request", *created}};
-        };
         ctx.send(std::move(request), cb);
       });
 }

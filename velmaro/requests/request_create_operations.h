@@ -7,9 +7,11 @@
 
 #include <boost/json/object.hpp>
 
+#include "velmaro/core/provider_request.h"
 #include "velmaro/core/qvk_dispatcher_response.h"
 #include "velmaro/requests/custom_field.h"
 #include "velmaro/requests/qvk_create_request.h"
+#include "velmaro/requests/qvk_request.h"
 #include "velmaro/requests/qvk_request_provider_context.h"
 
 namespace velmaro {
@@ -30,6 +32,14 @@ class RequestCreateOperations {
                                        std::optional<std::vector<std::string>> attachments,
                                        const std::vector<CustomField>& customTicketFields,
                                        std::optional<std::int64_t> ticketFormId, CreateCallback cb);
+
+  // The POST of a create body, with its notifications; its answer is stored
+  // and counted as a usage event. The outbox sends kept requests with it.
+  static ProviderRequest<QVKDispatcherResponse> submission(const Context& ctx, std::string body);
+  // What a sent request's answer would have done, for one a read found the
+  // service already had: the usage event, the store, the success
+  // notification.
+  static void arrived(const Context& ctx, const QVKRequest& request);
 
   // "custom_fields": the dictionaries of the fields that have a value; left
   // out for an empty list.
