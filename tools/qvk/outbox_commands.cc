@@ -1,5 +1,8 @@
 #include "tools/qvk/outbox_commands.h"
 
+#include <filesystem>
+
+#include "tools/qvk/file_upload.h"
 #include "tools/qvk/table.h"
 #include "velmaro/outbox/outbox_errors.h"
 #include "velmaro/util/qvk_date_util.h"
@@ -64,18 +67,34 @@ std::optional<int> OutboxCommands::reportQueued(CommandContext& context,
   if (!velmaro::OutboxErrors::isQueued(error)) return std::nullopt;
   const auto* id = error.userInfo.if_contains(velmaro::OutboxErrors::kEntryIdKey);
   const auto entryId = id != nullptr && id->is_int64() ? id->as_int64() : 0;
+  const auto entry = entryWithId(outbox, entryId);
   if (context.output.json()) {
-    const auto entry = entryWithId(outbox, entryId);
     context.output.document(
         boost::json::object{{"queued", entry ? boost::json::value(entry->toJson()) : nullptr}});
     return 0;
   }
   context.output.text() << "queued " << entryId << "\n";
   context.output.text().flush();
-  context.output.errorText() << "The service cannot be reached; kept in the outbox. Any later qvk "
-                                "requests command with --queue-offline, or `qvk requests outbox "
-                                "--send`, sends it.\n";
+  if (entry && entry->state == OutboxEntry::State::unsure) {
+    context.output.errorText() << "No answer came (" << entry->lastError
+                               << "); kept in the outbox, and sent again only if the service "
+                                  "turns out not to have it.";
+  } else {
+    context.output.errorText() << "The service cannot be reached; kept in the outbox.";
+  }
+  context.output.errorText() << " `qvk requests outbox --send`, or any later create or comment "
+                                "with --queue-offline, sends what waits.\n";
   return 0;
+}
+
+quorvel::platform::Result<velmaro::QVKUploadResponse> OutboxCommands::keptUpload(
+    RequestOutbox& outbox, const std::string& path) {
+  const auto name = std::filesystem::path(path).filename().string();
+  auto token = outbox.keepFile(path, name, FileUpload::contentTypeFor(path));
+  if (!token) return token.error();
+  velmaro::QVKUploadResponse upload;
+  upload.uploadToken = token.value();
+  return upload;
 }
 
 int OutboxCommands::list(CommandContext& context, bool send) {

@@ -4,8 +4,10 @@
 #include <optional>
 
 #include "quorvel/platform/error.h"
+#include "quorvel/platform/result.h"
 #include "tools/qvk/command_context.h"
 #include "velmaro/outbox/request_outbox.h"
+#include "velmaro/requests/qvk_upload_response.h"
 
 namespace qvk {
 
@@ -24,6 +26,10 @@ class OutboxCommands {
   static std::optional<int> reportQueued(CommandContext& context,
                                          const velmaro::RequestOutbox& outbox,
                                          const quorvel::platform::Error& error);
+  // The file at `path` kept in the outbox, as the upload that stands in for
+  // it until it is sent; an error when no copy could be kept.
+  static quorvel::platform::Result<velmaro::QVKUploadResponse> keptUpload(
+      velmaro::RequestOutbox& outbox, const std::string& path);
   // `requests outbox [--send]`: the kept calls, oldest first.
   static int list(CommandContext& context, bool send);
 };

@@ -2,6 +2,7 @@
 // be reached are sent later in order, and a call the service may already
 // have (its answer lost, its sender killed) is never sent twice.
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <thread>
 
@@ -131,6 +132,24 @@ TEST_F(QvkOutbox, RepliesKeptOfflineAreSentOnceInTheirOrder) {
   EXPECT_EQ(bodies.back(), "second while offline");
   EXPECT_EQ(occurrences(bodies, "first while offline"), 1u);
   EXPECT_EQ(waiting(), 0u);
+}
+
+TEST_F(QvkOutbox, AFileKeptOfflineIsUploadedBeforeTheReplyThatNamesIt) {
+  const auto file = dataDir_ + "/trace.log";
+  std::ofstream(file) << "trace of the failure\n";
+  const auto kept = qvk(closedLoopbackUrl(), {"requests", "comment", "102", "see the trace",
+                                              "--attach", file, "--queue-offline"});
+  ASSERT_EQ(kept.status, 0) << kept.err;
+
+  const auto sent = online({"requests", "outbox", "--send"});
+  EXPECT_NE(sent.err.find("outbox: sent 1"), std::string::npos) << sent.err;
+  const auto listed = online({"--json", "requests", "comments", "102"});
+  const auto document = boost::json::parse(listed.out);
+  const auto& newest = document.at("comments").as_array().at(0);
+  EXPECT_EQ(newest.at("body").as_string(), "see the trace");
+  ASSERT_EQ(newest.at("attachments").as_array().size(), 1u) << listed.out;
+  EXPECT_EQ(newest.at("attachments").as_array().at(0).at("file_name").as_string(), "trace.log");
+  EXPECT_TRUE(std::filesystem::is_empty(dataDir_ + "/outbox-files"));
 }
 
 TEST_F(QvkOutbox, WithoutTheFlagAnUnreachableServiceIsAnErrorAndNothingIsKept) {

@@ -17,6 +17,7 @@
 #include "tools/qvk/requests_tables.h"
 #include "tools/qvk/transfer_wait.h"
 #include "velmaro/core/support.h"
+#include "velmaro/outbox/outbox_errors.h"
 #include "velmaro/requests/qvk_request_provider.h"
 #include "velmaro/requests/request_notifications.h"
 #include "velmaro/storage/request_storage.h"
@@ -116,7 +117,10 @@ struct Attachments {
   std::optional<int> failed;
 };
 
-Attachments attachments(CommandContext& context, const RequestsArguments& arguments) {
+// With an outbox, a file the service cannot be reached for is kept there,
+// to be uploaded before the call that names it.
+Attachments attachments(CommandContext& context, const RequestsArguments& arguments,
+                        velmaro::RequestOutbox* outbox) {
   Attachments result;
   if (!arguments.attachFiles && !arguments.tokens) return result;
   result.uploads.emplace();
@@ -126,6 +130,11 @@ Attachments attachments(CommandContext& context, const RequestsArguments& argume
       context.output.errorText() << "cancelled\n";
       result.failed = TransferWait::kInterruptedStatus;
       return result;
+    }
+    if (!outcome.answer && outbox != nullptr &&
+        velmaro::OutboxErrors::classify(outcome.answer.error()) !=
+            velmaro::OutboxErrors::Failure::final) {
+      outcome.answer = OutboxCommands::keptUpload(*outbox, file);
     }
     if (!outcome.answer) {
       result.failed = context.output.error(outcome.answer.error());
@@ -313,9 +322,10 @@ int RequestsGroup::comments(CommandContext& context) const {
 }
 
 int RequestsGroup::create(CommandContext& context) const {
-  auto attached = attachments(context, arguments_);
-  if (attached.failed) return *attached.failed;
   QVKRequestProvider provider(context.session.core());
+  const auto outbox = outboxFor(context, provider);
+  auto attached = attachments(context, arguments_, outbox.get());
+  if (attached.failed) return *attached.failed;
   // The success notification is posted on the main queue before the
   // callback's task runs there, so it has been seen once the answer is in.
   auto announced = std::make_shared<std::optional<QVKRequest>>();
@@ -326,7 +336,6 @@ int RequestsGroup::create(CommandContext& context) const {
         if (found == notification.userInfo.end()) return;
         if (const auto* request = std::any_cast<QVKRequest>(&found->second)) *announced = *request;
       });
-  const auto outbox = outboxFor(context, provider);
   auto response = LibraryCall::await<velmaro::QVKDispatcherResponse>(context.session, [&](auto cb) {
     provider.createRequest(createRequest(arguments_, attached.uploads), std::move(cb));
   });
@@ -348,10 +357,10 @@ int RequestsGroup::create(CommandContext& context) const {
 }
 
 int RequestsGroup::comment(CommandContext& context) const {
-  auto attached = attachments(context, arguments_);
-  if (attached.failed) return *attached.failed;
   QVKRequestProvider provider(context.session.core());
   const auto outbox = outboxFor(context, provider);
+  auto attached = attachments(context, arguments_, outbox.get());
+  if (attached.failed) return *attached.failed;
   auto comment = LibraryCall::await<velmaro::QVKComment>(context.session, [&](auto cb) {
     if (attached.uploads) {
       provider.addComment(arguments_.text, arguments_.requestId, attached.uploads, std::move(cb));

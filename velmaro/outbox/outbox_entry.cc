@@ -5,12 +5,13 @@
 namespace velmaro {
 
 OutboxEntry OutboxEntry::newRequest(std::string subject, std::string description,
-                                    std::string body) {
+                                    std::string body, std::vector<std::string> tokens) {
   OutboxEntry entry;
   entry.kind = Kind::request;
   entry.subject = std::move(subject);
   entry.text = std::move(description);
   entry.body = std::move(body);
+  entry.tokens = std::move(tokens);
   entry.queuedAt = std::chrono::system_clock::now();
   return entry;
 }

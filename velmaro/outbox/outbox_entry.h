@@ -23,17 +23,19 @@ struct OutboxEntry {
 
   std::int64_t id = 0;
   Kind kind = Kind::comment;
-  std::string requestId;            // the request a reply goes to
-  std::string subject;              // a new request's subject
-  std::string text;                 // a new request's description, or the reply's body
-  std::string body;                 // a new request's whole body, as it was built
-  std::vector<std::string> tokens;  // upload tokens a reply carries
+  std::string requestId;  // the request a reply goes to
+  std::string subject;    // a new request's subject
+  std::string text;       // a new request's description, or the reply's body
+  std::string body;       // a new request's whole body, as it was built
+  std::vector<std::string>
+      tokens;  // upload tokens the call carries (a new request's are in its body too)
   std::chrono::system_clock::time_point queuedAt;
   State state = State::waiting;
   std::int64_t attempts = 0;
   std::string lastError;
 
-  static OutboxEntry newRequest(std::string subject, std::string description, std::string body);
+  static OutboxEntry newRequest(std::string subject, std::string description, std::string body,
+                                std::vector<std::string> tokens);
   static OutboxEntry reply(std::string requestId, std::string text,
                            std::vector<std::string> tokens);
 

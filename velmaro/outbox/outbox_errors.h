@@ -12,6 +12,7 @@ class OutboxErrors {
  public:
   static constexpr const char* kDomain = "Velmaro.RequestOutbox";
   static constexpr long kQueued = 1;
+  static constexpr long kCannotKeep = 2;  // the outbox's file cannot be written
   // The user-info key naming the kept call's id.
   static constexpr const char* kEntryIdKey = "outbox_id";
 

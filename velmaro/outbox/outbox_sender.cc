@@ -1,5 +1,12 @@
 #include "velmaro/outbox/outbox_sender.h"
 
+#include <algorithm>
+#include <filesystem>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+
+#include "velmaro/attachments/qvk_upload_provider.h"
 #include "velmaro/outbox/outbox_errors.h"
 #include "velmaro/outbox/outbox_read_back.h"
 #include "velmaro/outbox/outbox_store.h"
@@ -31,6 +38,31 @@ std::optional<std::vector<QVKUploadResponse>> uploads(const OutboxEntry& entry) 
     uploads.push_back(std::move(upload));
   }
   return uploads;
+}
+
+// A new request's body with the upload token `to` in place of `from`.
+std::string replacedToken(const std::string& body, const std::string& from, const std::string& to) {
+  boost::system::error_code ec;
+  auto json = boost::json::parse(body, ec);
+  if (ec || !json.is_object()) return body;
+  auto* request = json.get_object().if_contains("request");
+  auto* comment =
+      request && request->is_object() ? request->get_object().if_contains("comment") : nullptr;
+  auto* uploads =
+      comment && comment->is_object() ? comment->get_object().if_contains("uploads") : nullptr;
+  if (uploads == nullptr || !uploads->is_array()) return body;
+  auto& tokens = uploads->get_array();
+  for (auto it = tokens.begin(); it != tokens.end(); ++it) {
+    if (it->is_string() && it->get_string() == from) {
+      if (to.empty()) {
+        tokens.erase(it);
+      } else {
+        *it = to;
+      }
+      break;
+    }
+  }
+  return boost::json::serialize(json);
 }
 
 }  // namespace
@@ -80,10 +112,12 @@ void OutboxSender::readBack(const OutboxEntry& entry) {
 }
 
 void OutboxSender::send(const OutboxEntry& entry) {
+  if (uploadKeptFile(entry)) return;
   // Durable before anything leaves: a sender killed from here on leaves the
   // call as "sending", which the next run reads back before sending again.
   if (!store_->markSending(entry.id)) {
-    return stop(Error::withDescription(OutboxErrors::kDomain, 2, "The outbox cannot be written"));
+    return stop(Error::withDescription(OutboxErrors::kDomain, OutboxErrors::kCannotKeep,
+                                       "The outbox cannot be written"));
   }
   auto self = shared_from_this();
   if (entry.kind == OutboxEntry::Kind::request) {
@@ -105,6 +139,60 @@ void OutboxSender::send(const OutboxEntry& entry) {
       ProviderCallback<QVKComment>([self, entry](auto, std::optional<Error> error) {
         self->answered(entry, std::move(error));
       }));
+}
+
+bool OutboxSender::uploadKeptFile(const OutboxEntry& entry) {
+  const auto kept = std::find_if(entry.tokens.begin(), entry.tokens.end(), [](const auto& token) {
+    return RequestOutbox::isKeptFile(token);
+  });
+  if (kept == entry.tokens.end()) return false;
+  const auto file = store_->file(*kept);
+  if (!file) {
+    // Its copy is gone (the folder was cleaned): the call goes without it.
+    uploaded(entry, *kept, std::nullopt, std::nullopt);
+    return true;
+  }
+  QVKUploadProvider(ctx_.core())
+      .uploadFile(file->path.string(), file->name, file->contentType, nullptr,
+                  [self = shared_from_this(), entry, keptToken = *kept](
+                      std::optional<QVKUploadResponse> upload, std::optional<Error> error) {
+                    self->uploaded(entry, keptToken, upload ? upload->uploadToken : std::nullopt,
+                                   std::move(error));
+                  });
+  return true;
+}
+
+// A file the service refuses leaves the call, which goes without it: the
+// user's words matter more than one attachment.
+void OutboxSender::uploaded(OutboxEntry entry, const std::string& keptToken,
+                            std::optional<std::string> token, std::optional<Error> error) {
+  if (error && OutboxErrors::classify(*error) != OutboxErrors::Failure::final) {
+    store_->setState(entry.id, OutboxEntry::State::waiting, error->localizedDescription());
+    return stop(std::move(error));
+  }
+  if (error || !token) {
+    QVKClassicLogger::warn("The outbox's call " + std::to_string(entry.id) +
+                           " goes without a file the service did not take" +
+                           (error ? ": " + error->localizedDescription() : std::string()));
+  }
+  const auto replacement = error ? std::string() : token.value_or("");
+  auto& tokens = entry.tokens;
+  const auto at = std::find(tokens.begin(), tokens.end(), keptToken);
+  if (replacement.empty()) {
+    tokens.erase(at);
+  } else {
+    *at = replacement;
+  }
+  if (entry.kind == OutboxEntry::Kind::request) {
+    entry.body = replacedToken(entry.body, keptToken, replacement);
+  }
+  store_->setTokens(entry.id, entry.tokens, entry.body);
+  if (const auto file = store_->file(keptToken)) {
+    std::error_code ec;
+    std::filesystem::remove(file->path, ec);
+  }
+  store_->removeFile(keptToken);
+  send(entry);
 }
 
 void OutboxSender::answered(const OutboxEntry& entry, std::optional<Error> error) {

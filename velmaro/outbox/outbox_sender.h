@@ -34,6 +34,11 @@ class OutboxSender : public std::enable_shared_from_this<OutboxSender> {
   void next();
   void readBack(const OutboxEntry& entry);
   void send(const OutboxEntry& entry);
+  // Uploads the first kept file the call names and puts the upload's token
+  // in its place; false when the call names none.
+  bool uploadKeptFile(const OutboxEntry& entry);
+  void uploaded(OutboxEntry entry, const std::string& keptToken, std::optional<std::string> token,
+                std::optional<Error> error);
   void answered(const OutboxEntry& entry, std::optional<Error> error);
   void stop(std::optional<Error> stoppedBy);
 

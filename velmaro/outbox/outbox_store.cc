@@ -24,7 +24,9 @@ constexpr const char* kSchema =
     "tokens TEXT NOT NULL DEFAULT '[]', queued_at INTEGER NOT NULL, state TEXT NOT NULL, "
     "attempts INTEGER NOT NULL DEFAULT 0, last_error TEXT NOT NULL DEFAULT '');"
     "CREATE TABLE IF NOT EXISTS sender (one INTEGER PRIMARY KEY CHECK (one = 1), "
-    "host TEXT NOT NULL, pid INTEGER NOT NULL, until INTEGER NOT NULL)";
+    "host TEXT NOT NULL, pid INTEGER NOT NULL, until INTEGER NOT NULL);"
+    "CREATE TABLE IF NOT EXISTS files (token TEXT PRIMARY KEY, path TEXT NOT NULL, "
+    "name TEXT NOT NULL, content_type TEXT NOT NULL)";
 
 constexpr const char* kColumns =
     "SELECT id, kind, request_id, subject, text, body, tokens, queued_at, state, attempts, "
@@ -162,6 +164,34 @@ void OutboxStore::remove(std::int64_t id) {
   SqliteStatement remove(db_->handle(), "DELETE FROM outbox WHERE id = ?1");
   remove.bind(1, id);
   if (!remove.run()) db_->report("Could not remove a sent call from the outbox");
+}
+
+bool OutboxStore::addFile(const KeptFile& file) {
+  std::lock_guard lock(mutex_);
+  SqliteStatement insert(db_->handle(),
+                         "INSERT INTO files (token, path, name, content_type) "
+                         "VALUES (?1, ?2, ?3, ?4)");
+  insert.bind(1, file.token);
+  insert.bind(2, file.path.string());
+  insert.bind(3, file.name);
+  insert.bind(4, file.contentType);
+  return insert.run();
+}
+
+std::optional<OutboxStore::KeptFile> OutboxStore::file(const std::string& token) {
+  std::lock_guard lock(mutex_);
+  SqliteStatement select(db_->handle(),
+                         "SELECT path, name, content_type FROM files WHERE token = ?1");
+  select.bind(1, token);
+  if (!select.step()) return std::nullopt;
+  return KeptFile{token, select.text(0), select.text(1), select.text(2)};
+}
+
+void OutboxStore::removeFile(const std::string& token) {
+  std::lock_guard lock(mutex_);
+  SqliteStatement remove(db_->handle(), "DELETE FROM files WHERE token = ?1");
+  remove.bind(1, token);
+  remove.run();
 }
 
 // The write lock is taken before the lease is read, so two processes never

@@ -24,6 +24,14 @@ namespace velmaro {
 // when its holder ran on this host and is gone. Safe from any thread.
 class OutboxStore {
  public:
+  // A file kept to be uploaded before the call that names its token.
+  struct KeptFile {
+    std::string token;
+    std::filesystem::path path;
+    std::string name;
+    std::string contentType;
+  };
+
   OutboxStore(std::filesystem::path file, std::chrono::milliseconds leaseTime);
   ~OutboxStore();
   OutboxStore(const OutboxStore&) = delete;
@@ -40,6 +48,10 @@ class OutboxStore {
   bool markSending(std::int64_t id);
   void setTokens(std::int64_t id, const std::vector<std::string>& tokens, const std::string& body);
   void remove(std::int64_t id);
+
+  bool addFile(const KeptFile& file);
+  std::optional<KeptFile> file(const std::string& token);
+  void removeFile(const std::string& token);
 
   // Takes or renews the sender lease for this process; false while another
   // live process holds it.

@@ -1,7 +1,10 @@
 #include "velmaro/outbox/request_outbox.h"
 
+#include <algorithm>
 #include <map>
 
+#include "quorvel/platform/private_directory.h"
+#include "quorvel/random_uuid.h"
 #include "velmaro/core/qvk_reachability.h"
 #include "velmaro/outbox/outbox_errors.h"
 #include "velmaro/outbox/outbox_sender.h"
@@ -85,8 +88,36 @@ void RequestOutbox::stopWatching() {
   reachability_.reset();
 }
 
+quorvel::platform::Result<std::string> RequestOutbox::keepFile(const std::filesystem::path& path,
+                                                               std::string name,
+                                                               std::string contentType) {
+  const auto folder = core_->dataDirectory() / "outbox-files";
+  const auto uuid = quorvel::randomUuid();
+  const auto copy = folder / uuid;
+  std::error_code ec;
+  if (!quorvel::platform::PrivateDirectory::create(folder) ||
+      !std::filesystem::copy_file(path, copy, ec) || ec) {
+    std::filesystem::remove(copy, ec);
+    return Error::withDescription(
+        OutboxErrors::kDomain, OutboxErrors::kCannotKeep,
+        "Could not keep a copy of " + path.string() + " in the outbox; nothing was kept");
+  }
+  std::filesystem::permissions(
+      copy, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write, ec);
+  const std::string token = kKeptFilePrefix + uuid;
+  if (!store_->addFile({token, copy, std::move(name), std::move(contentType)})) {
+    std::filesystem::remove(copy, ec);
+    return Error::withDescription(OutboxErrors::kDomain, OutboxErrors::kCannotKeep,
+                                  "Could not write to the outbox; nothing was kept");
+  }
+  return token;
+}
+
 std::optional<RequestOutbox::Error> RequestOutbox::keepBehindWaiting(const OutboxEntry& entry) {
-  if (store_->count() == 0) return std::nullopt;
+  const bool namesKeptFile =
+      std::any_of(entry.tokens.begin(), entry.tokens.end(),
+                  [](const std::string& token) { return isKeptFile(token); });
+  if (!namesKeptFile && store_->count() == 0) return std::nullopt;
   auto queued = keep(entry);
   if (queued) sendWaiting();
   return queued;

@@ -1,14 +1,17 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "quorvel/platform/error.h"
 #include "quorvel/platform/notification_center.h"
+#include "quorvel/platform/result.h"
 #include "quorvel/quorvel.h"
 #include "velmaro/outbox/outbox_entry.h"
 
@@ -66,9 +69,18 @@ class RequestOutbox : public std::enable_shared_from_this<RequestOutbox> {
   void startWatching();
   void stopWatching();
 
-  // For the request provider's calls. When calls wait, `entry` joins behind
-  // them at once and sending starts: the queued outcome to answer. Else
-  // nothing, and the call is sent.
+  // Keeps a copy of the file at `path` (in the data folder, readable by the
+  // user only) to be uploaded before the call that names the token answered
+  // here, which stands in for the upload's own token until then. An error
+  // when the copy cannot be made (the file is unreadable, the disk full).
+  quorvel::platform::Result<std::string> keepFile(const std::filesystem::path& path,
+                                                  std::string name, std::string contentType);
+  static constexpr const char* kKeptFilePrefix = "outbox-file:";
+  static bool isKeptFile(std::string_view token) { return token.starts_with(kKeptFilePrefix); }
+
+  // For the request provider's calls. When calls wait, or the call names a
+  // kept file, `entry` joins the outbox at once and sending starts: the
+  // queued outcome to answer. Else nothing, and the call is sent.
   std::optional<Error> keepBehindWaiting(const OutboxEntry& entry);
   // The failure hook of a call being sent: keeps `entry` when a failure
   // says the service did not get it, or may have.

@@ -131,6 +131,7 @@ void RequestCreateOperations::createRequestWithSubject(
     std::optional<std::vector<std::string>> attachments,
     const std::vector<CustomField>& customTicketFields, std::optional<std::int64_t> ticketFormId,
     CreateCallback cb) {
+  auto tokens = attachments.value_or(std::vector<std::string>{});
   auto body = [subject = subject.value_or(""), description = description.value_or(""),
                tags = tags.value_or(std::vector<std::string>{}),
                attachments = std::move(attachments), customTicketFields,
@@ -142,12 +143,12 @@ void RequestCreateOperations::createRequestWithSubject(
   };
   QVKContactUsSettingsProvider::getContactUsSettingsWithCallback(
       [ctx, body = std::move(body), subject = subject.value_or(""),
-       description = description.value_or(""),
+       description = description.value_or(""), tokens = std::move(tokens),
        cb = std::move(cb)](std::optional<ContactUsSettings> settings) {
         auto request =
             submission(ctx, body(settings ? settings->tags() : std::vector<std::string>{}));
         if (const auto& outbox = ctx.outbox()) {
-          auto entry = OutboxEntry::newRequest(subject, description, *request.body);
+          auto entry = OutboxEntry::newRequest(subject, description, *request.body, tokens);
           if (auto kept = outbox->keepBehindWaiting(entry)) {
             ctx.postToNotificationCenterOnMainThread(request.starting);
             ctx.answerOnMainThread<QVKDispatcherResponse>(request.callbackName, cb, std::nullopt,
