@@ -57,4 +57,8 @@ class EmulatorProcess {
 ControlAnswer httpCall(const std::string& baseUrl, const std::string& method,
                        const std::string& path, const std::string& body = "");
 
+// A loopback URL where nothing listens (the port was free a moment ago): a
+// service that cannot be reached.
+std::string closedLoopbackUrl();
+
 }  // namespace velmaro::testing

@@ -22,22 +22,10 @@ namespace {
 
 using testing::InvocationResult;
 using testing::QvkInvocation;
+using velmaro::testing::closedLoopbackUrl;
 using velmaro::testing::EmulatorProcess;
 
 const std::string kJwt(qvk::emulator::kDemoJwt);
-
-// A loopback URL where nothing listens: the port was free a moment ago.
-std::string closedLoopbackUrl() {
-  const int fd = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-  close(fd);
-  return "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-}
 
 class QvkOutbox : public ::testing::Test {
  protected:
