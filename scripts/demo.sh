@@ -134,6 +134,16 @@ step "20. The user replies." \
 step "21. Nothing unread is left on the new request." \
   "requests updates" "${user[@]}" requests updates
 
+# Nothing listens on the discard port of loopback: a service out of reach.
+offline_url="http://127.0.0.1:9"
+step "22. Later, without a network, the user adds a detail: the reply is kept in the outbox." \
+  "--url $offline_url requests comment $request_id \"It stopped again on the train.\" --queue-offline" \
+  --url "$offline_url" "${user[@]}" requests comment "$request_id" \
+  "It stopped again on the train." --queue-offline
+step "23. What waits in the outbox." "requests outbox" "${user[@]}" requests outbox
+step "24. Back online, the outbox is sent, in order and once." \
+  "requests outbox --send" "${user[@]}" requests outbox --send
+
 echo
 echo "That was the tour. The client is $qvk_binary:"
 echo "\`qvk --help\` lists every command, and \`qvk shell\` runs several in one session."

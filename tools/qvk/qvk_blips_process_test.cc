@@ -9,40 +9,25 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "tests/emulator_process.h"
-#include "tools/qvk/qvk_invocation.h"
+#include "tools/qvk/qvk_emulator_test.h"
 
 namespace qvk {
 namespace {
 
 using testing::QvkInvocation;
-using velmaro::testing::EmulatorProcess;
 
 constexpr int kQueued = 10;
 
-class QvkBlips : public ::testing::Test {
+class QvkBlips : public testing::QvkEmulatorTest {
  protected:
-  static void SetUpTestSuite() {
-    emulator_ = std::make_unique<EmulatorProcess>(QVK_EMULATOR_BINARY);
-  }
-  static void TearDownTestSuite() { emulator_.reset(); }
-
   void SetUp() override {
-    ASSERT_TRUE(emulator_->running()) << emulator_->error();
-    std::string pattern = "/tmp/qvk-blips-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    dataDir_ = pattern;
-    emulator_->control("DELETE", "faults");
+    QvkEmulatorTest::SetUp();
     emulator_->control("DELETE", "blips");
     queueWhileTheServiceFails();
   }
-  void TearDown() override {
-    emulator_->control("DELETE", "faults");
-    std::filesystem::remove_all(dataDir_);
-  }
 
   std::vector<std::string> args(const std::string& command) const {
-    return {"--url", emulator_->url(), "--data-dir", dataDir_, "hc", command};
+    return withService({"hc", command});
   }
 
   // Ten searches, each one blip, while every blips request answers 503: they
@@ -51,15 +36,10 @@ class QvkBlips : public ::testing::Test {
     fault(R"({"count":1000,"status":503,"path_prefix":"/api/mobile/sdk/blips"})");
     std::string lines;
     for (int i = 0; i < kQueued; ++i) lines += "hc search pay" + std::to_string(i) + "\n";
-    auto shell = QvkInvocation::run(
-        QVK_BINARY, {"--url", emulator_->url(), "--data-dir", dataDir_, "shell"}, lines);
+    auto shell = qvk({"shell"}, lines);
     ASSERT_EQ(shell.status, 0) << shell.err;
     ASSERT_EQ(blips().at("blips").as_array().size(), 0u);
     emulator_->control("DELETE", "faults");
-  }
-
-  static void fault(const std::string& json) {
-    ASSERT_EQ(emulator_->control("POST", "faults", json).status, 201);
   }
 
   static boost::json::object blips() {
@@ -84,12 +64,7 @@ class QvkBlips : public ::testing::Test {
     EXPECT_EQ(ids.count(""), 0u);
     EXPECT_EQ(blips().at("repeated").as_int64(), repeated);
   }
-
-  static std::unique_ptr<EmulatorProcess> emulator_;
-  std::string dataDir_;
 };
-
-std::unique_ptr<EmulatorProcess> QvkBlips::emulator_;
 
 TEST_F(QvkBlips, EightProcessesAtOnceSendEachQueuedBlipOnce) {
   // Slow enough that every process reaches its exit flush while the first

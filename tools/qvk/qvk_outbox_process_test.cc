@@ -14,8 +14,7 @@
 #include <unistd.h>
 
 #include "emulator/demo_identity.h"
-#include "tests/emulator_process.h"
-#include "tools/qvk/qvk_invocation.h"
+#include "tools/qvk/qvk_emulator_test.h"
 
 namespace qvk {
 namespace {
@@ -23,45 +22,26 @@ namespace {
 using testing::InvocationResult;
 using testing::QvkInvocation;
 using velmaro::testing::closedLoopbackUrl;
-using velmaro::testing::EmulatorProcess;
 
 const std::string kJwt(qvk::emulator::kDemoJwt);
 
-class QvkOutbox : public ::testing::Test {
+class QvkOutbox : public testing::QvkEmulatorTest {
  protected:
-  static void SetUpTestSuite() {
-    emulator_ = std::make_unique<EmulatorProcess>(QVK_EMULATOR_BINARY);
-  }
-  static void TearDownTestSuite() { emulator_.reset(); }
-
   void SetUp() override {
-    ASSERT_TRUE(emulator_->running()) << emulator_->error();
-    std::string pattern = "/tmp/qvk-outbox-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    dataDir_ = pattern;
-    emulator_->control("DELETE", "faults");
+    QvkEmulatorTest::SetUp();
     // Online once, so that the account's settings are kept for the offline runs.
-    ASSERT_EQ(qvk(emulator_->url(), {"requests", "list"}).status, 0);
-  }
-  void TearDown() override {
-    emulator_->control("DELETE", "faults");
-    std::filesystem::remove_all(dataDir_);
+    ASSERT_EQ(online({"requests", "list"}).status, 0);
   }
 
   std::vector<std::string> args(const std::string& url, std::vector<std::string> command) const {
-    std::vector<std::string> all{"--url", url, "--data-dir", dataDir_, "--jwt", kJwt};
-    all.insert(all.end(), command.begin(), command.end());
-    return all;
+    command.insert(command.begin(), {"--jwt", kJwt});
+    return withService(command, url);
   }
-  InvocationResult qvk(const std::string& url, std::vector<std::string> command) const {
-    return QvkInvocation::run(QVK_BINARY, args(url, std::move(command)), "");
+  InvocationResult offline(std::vector<std::string> command) const {
+    return QvkInvocation::run(QVK_BINARY, args(closedLoopbackUrl(), std::move(command)), "");
   }
   InvocationResult online(std::vector<std::string> command) const {
-    return qvk(emulator_->url(), std::move(command));
-  }
-
-  static void fault(const std::string& json) {
-    ASSERT_EQ(emulator_->control("POST", "faults", json).status, 201);
+    return QvkInvocation::run(QVK_BINARY, args(emulator_->url(), std::move(command)), "");
   }
 
   // The bodies of a request's comments, oldest first.
@@ -88,21 +68,15 @@ class QvkOutbox : public ::testing::Test {
     const auto listed = online({"--json", "requests", "outbox"});
     return boost::json::parse(listed.out).at("outbox").as_array().size();
   }
-
-  static std::unique_ptr<EmulatorProcess> emulator_;
-  std::string dataDir_;
 };
-
-std::unique_ptr<EmulatorProcess> QvkOutbox::emulator_;
 
 std::size_t occurrences(const std::vector<std::string>& texts, const std::string& text) {
   return static_cast<std::size_t>(std::count(texts.begin(), texts.end(), text));
 }
 
 TEST_F(QvkOutbox, RepliesKeptOfflineAreSentOnceInTheirOrder) {
-  const auto offline = closedLoopbackUrl();
   for (const char* text : {"first while offline", "second while offline"}) {
-    const auto kept = qvk(offline, {"requests", "comment", "101", text, "--queue-offline"});
+    const auto kept = offline({"requests", "comment", "101", text, "--queue-offline"});
     ASSERT_EQ(kept.status, 0) << kept.err;
     EXPECT_EQ(kept.out.rfind("queued ", 0), 0u) << kept.out;
   }
@@ -125,8 +99,8 @@ TEST_F(QvkOutbox, RepliesKeptOfflineAreSentOnceInTheirOrder) {
 TEST_F(QvkOutbox, AFileKeptOfflineIsUploadedBeforeTheReplyThatNamesIt) {
   const auto file = dataDir_ + "/trace.log";
   std::ofstream(file) << "trace of the failure\n";
-  const auto kept = qvk(closedLoopbackUrl(), {"requests", "comment", "102", "see the trace",
-                                              "--attach", file, "--queue-offline"});
+  const auto kept =
+      offline({"requests", "comment", "102", "see the trace", "--attach", file, "--queue-offline"});
   ASSERT_EQ(kept.status, 0) << kept.err;
 
   const auto sent = online({"requests", "outbox", "--send"});
@@ -141,7 +115,7 @@ TEST_F(QvkOutbox, AFileKeptOfflineIsUploadedBeforeTheReplyThatNamesIt) {
 }
 
 TEST_F(QvkOutbox, WithoutTheFlagAnUnreachableServiceIsAnErrorAndNothingIsKept) {
-  const auto failed = qvk(closedLoopbackUrl(), {"requests", "comment", "101", "not kept"});
+  const auto failed = offline({"requests", "comment", "101", "not kept"});
   EXPECT_EQ(failed.status, 1);
   EXPECT_EQ(waiting(), 0u);
 }
@@ -193,8 +167,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, QvkOutboxLostAnswer,
                          [](const auto& param) { return std::string(param.param.label); });
 
 TEST_F(QvkOutbox, ASenderKilledMidCallLeavesTheCallForTheNextRunToFind) {
-  const auto kept = qvk(closedLoopbackUrl(),
-                        {"requests", "comment", "103", "sent by a killed run", "--queue-offline"});
+  const auto kept =
+      offline({"requests", "comment", "103", "sent by a killed run", "--queue-offline"});
   ASSERT_EQ(kept.status, 0) << kept.err;
   // The service stores the reply after the delay, whatever became of its sender.
   fault(R"({"delay_ms":1500,"path_prefix":"/api/mobile/requests/103.json"})");

@@ -10,8 +10,7 @@
 #include <unistd.h>
 
 #include "emulator/demo_identity.h"
-#include "tests/emulator_process.h"
-#include "tools/qvk/qvk_invocation.h"
+#include "tools/qvk/qvk_emulator_test.h"
 
 namespace qvk {
 namespace {
@@ -20,39 +19,14 @@ using testing::InvocationResult;
 using testing::QvkInvocation;
 using velmaro::testing::EmulatorProcess;
 
-class QvkProcess : public ::testing::Test {
+class QvkProcess : public testing::QvkEmulatorTest {
  protected:
-  static void SetUpTestSuite() {
-    emulator_ = std::make_unique<EmulatorProcess>(QVK_EMULATOR_BINARY);
-  }
-  static void TearDownTestSuite() { emulator_.reset(); }
-
-  void SetUp() override {
-    ASSERT_TRUE(emulator_->running()) << emulator_->error();
-    std::string pattern = "/tmp/qvk-data-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    dataDir_ = pattern;
-  }
-  void TearDown() override { std::filesystem::remove_all(dataDir_); }
-
-  // qvk --url <emulator> --data-dir <fresh dir> args...
-  InvocationResult qvk(std::vector<std::string> args, const std::string& input = "") const {
-    std::vector<std::string> all{"--url", emulator_->url(), "--data-dir", dataDir_};
-    all.insert(all.end(), args.begin(), args.end());
-    return QvkInvocation::run(QVK_BINARY, all, input);
-  }
-
   // What the emulator received so far: its "article_views" or "blips".
   static boost::json::array received(const std::string& list) {
     auto answer = boost::json::parse(emulator_->get("/_emulator/" + list).body);
     return answer.as_object().at(list).as_array();
   }
-
-  static std::unique_ptr<EmulatorProcess> emulator_;
-  std::string dataDir_;
 };
-
-std::unique_ptr<EmulatorProcess> QvkProcess::emulator_;
 
 // How a run reaches the service.
 enum class Service { kEmulator, kRefused, kNone };

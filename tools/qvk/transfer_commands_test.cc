@@ -9,16 +9,14 @@
 #include <boost/json/parse.hpp>
 #include <gtest/gtest.h>
 
-#include "tests/emulator_process.h"
 #include "tools/qvk/file_upload.h"
-#include "tools/qvk/qvk_invocation.h"
+#include "tools/qvk/qvk_emulator_test.h"
 
 namespace qvk {
 namespace {
 
 using testing::InvocationResult;
 using testing::QvkInvocation;
-using velmaro::testing::EmulatorProcess;
 
 TEST(FileUploadContentType, ComesFromTheExtensionInAnyCase) {
   const std::pair<const char*, const char*> rows[] = {
@@ -31,21 +29,14 @@ TEST(FileUploadContentType, ComesFromTheExtensionInAnyCase) {
   for (const auto& [path, type] : rows) EXPECT_EQ(FileUpload::contentTypeFor(path), type) << path;
 }
 
-class TransferCommands : public ::testing::Test {
+// The runs' data folder is "data" inside the test's folder, beside the files.
+class TransferCommands : public testing::QvkEmulatorTest {
  protected:
-  static void SetUpTestSuite() {
-    emulator_ = std::make_unique<EmulatorProcess>(QVK_EMULATOR_BINARY);
-  }
-  static void TearDownTestSuite() { emulator_.reset(); }
-
   void SetUp() override {
-    ASSERT_TRUE(emulator_->running()) << emulator_->error();
-    std::string pattern = "/tmp/qvk-transfer-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
+    QvkEmulatorTest::SetUp();
+    folder_ = dataDir_;
     emulator_->control("PUT", "settings", R"({"max_attachment_size":100000})");
   }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
 
   InvocationResult qvk(std::vector<std::string> args) const {
     std::vector<std::string> all{"--url", emulator_->url(), "--data-dir", folder_ / "data"};
@@ -63,7 +54,6 @@ class TransferCommands : public ::testing::Test {
     return std::string(std::istreambuf_iterator<char>(in), {});
   }
 
-  static inline std::unique_ptr<EmulatorProcess> emulator_;
   std::filesystem::path folder_;
 };
 
