@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/request_provider_fixture.h"
+#include "velmaro/core/qvk_reachability.h"
 #include "velmaro/outbox/outbox_errors.h"
 #include "velmaro/requests/request_notifications.h"
 
@@ -87,6 +88,28 @@ TEST_F(RequestOutboxTest, ARequestRefusedWhenFinallySentAnnouncesItsFailureAndLe
   EXPECT_EQ(
       notificationNames(outbox_.get()),
       (std::vector<std::string>{QVKAPI_RequestSubmissionStarting, QVKAPI_RequestSubmissionError}));
+}
+
+TEST_F(RequestOutboxTest, ANetworkThatComesBackSendsWhatWaits) {
+  const auto id = createRequest("Scanner");
+  restartCore(true);
+  call<QVKComment>(
+      [&](auto cb) { provider_->addComment(std::string("Again"), id, std::move(cb)); });
+
+  restartCore(false);
+  emulator_->control("POST", "faults", R"({"status":503,"path_prefix":"/api/mobile/requests/"})");
+  std::vector<RequestOutbox::Report> reports;
+  outbox_->startWatching();  // sends at once: the 503 keeps the reply waiting
+  outbox_->sendWaiting([&](RequestOutbox::Report report) { reports.push_back(report); });
+  ASSERT_TRUE(pumpUntil([&] { return !reports.empty(); }));
+  EXPECT_EQ(reports[0].waiting, 1u);
+
+  // Loopback is always reachable: its notifier stands in for a network that came back.
+  const auto network = QVKReachability::reachabilityWithHostName("127.0.0.1");
+  quorvel::platform::NotificationCenter::defaultCenter().post(
+      QVKAPI_ReachabilityChangedNotification, network.get());
+  EXPECT_TRUE(pumpUntil([&] { return outbox_->count() == 0; }));
+  outbox_->stopWatching();
 }
 
 }  // namespace
