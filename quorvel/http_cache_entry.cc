@@ -1,5 +1,6 @@
 #include "quorvel/http_cache_entry.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include <boost/json/parse.hpp>
@@ -27,11 +28,16 @@ std::optional<std::string> HttpCacheEntry::etag() const {
   return it->second;
 }
 
+// How long the copy has been stale counts from when it stopped being fresh
+// here, plus how stale it already was when it came (an Age past its max-age).
 bool HttpCacheEntry::mayStandInWhenUnreachable(double now, double maxStaleAge) const {
-  if (maxStaleAge <= 0 || now - freshUntil > maxStaleAge) return false;
+  if (maxStaleAge <= 0) return false;
   const auto it = headers->find("Cache-Control");
-  if (it == headers->end()) return true;
-  const CacheControl control = CacheControl::parse(it->second);
+  const CacheControl control =
+      it == headers->end() ? CacheControl{} : CacheControl::parse(it->second);
+  const long overdueOnArrival = ageSeconds(*headers) - control.maxAge.value_or(0);
+  const double staleFor = now - freshUntil + static_cast<double>(std::max(0L, overdueOnArrival));
+  if (staleFor > maxStaleAge) return false;
   return !control.mustRevalidate && !control.noStore;
 }
 

@@ -16,6 +16,7 @@ struct StaleCase {
   std::chrono::seconds maxStaleAge;
   int secondStatus;  // 0: the server is gone by the second call
   bool standsIn;
+  int age = 0;  // the stored answer's Age: how long it had been stale already
 };
 
 class StaleAnswerTest : public CoreTest, public ::testing::WithParamInterface<StaleCase> {
@@ -35,6 +36,7 @@ TEST_P(StaleAnswerTest, SecondCallAfterTheCopyWentStale) {
     res.status = status;
     res.set_header("Cache-Control", param.cacheControl);
     res.set_header("ETag", "\"e1\"");
+    if (param.age > 0) res.set_header("Age", std::to_string(param.age));
     res.set_content(status == 200 ? "v1" : "gone", "application/json");
   });
   const std::string url = server->url() + "/page";
@@ -81,6 +83,8 @@ INSTANTIATE_TEST_SUITE_P(
                       StaleCase{"mustRevalidate", "must-revalidate, max-age=0", kMonth, 0, false},
                       StaleCase{"noStore", "no-store", kMonth, 0, false},
                       StaleCase{"standInTurnedOff", "max-age=0", std::chrono::seconds(0), 0, false},
+                      StaleCase{"staleTooLong", "max-age=0", std::chrono::seconds(60), 0, false,
+                                100},
                       StaleCase{"answered404", "max-age=0", kMonth, 404, false},
                       StaleCase{"answered500", "max-age=0", kMonth, 500, false}),
     [](const ::testing::TestParamInfo<StaleCase>& param) { return param.param.name; });
