@@ -10,6 +10,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -41,9 +42,16 @@ EmulatorProcess::EmulatorProcess(std::string binaryPath, std::vector<std::string
   // The argument vector is built before fork: the child only calls
   // async-signal-safe functions.
   auto argv = argvFor(binaryPath, args);
+  const pid_t parent = ::getpid();
   pid_ = ::fork();
   if (pid_ == 0) {
+    // The emulator ends with the process that started it, so a test that
+    // crashes leaves none behind, and it inherits none of that process's
+    // descriptors (a build lock held by the test runner among them).
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (::getppid() != parent) ::_exit(127);
     ::dup2(fds[1], STDOUT_FILENO);
+    ::close_range(3, ~0U, 0);
     ::execv(argv[0], argv.data());
     ::_exit(127);
   }
