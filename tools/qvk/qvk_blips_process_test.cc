@@ -84,11 +84,7 @@ TEST_F(QvkBlips, ABatchWhoseSenderWasKilledIsSentByTheNextRun) {
   fault(R"({"count":1,"delay_ms":1500,"path_prefix":"/api/mobile/sdk/blips"})");
   QvkInvocation killed(QVK_BINARY, args("categories"));
   // The fault is used up when the batch's request has arrived.
-  const auto faultsLeft = [] {
-    return boost::json::parse(emulator_->get("faults").body).at("faults").as_array().size();
-  };
-  for (int poll = 0; poll < 400 && faultsLeft() > 0; ++poll)
-    std::this_thread::sleep_for(std::chrono::milliseconds(25));
+  waitUntilFaultsAreUsed();
   ASSERT_TRUE(killed.signal(SIGKILL));
   killed.finish(std::chrono::seconds(10));
   // The service still accepts the batch: only its answer is lost.

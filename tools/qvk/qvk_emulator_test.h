@@ -3,8 +3,10 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include <boost/json/parse.hpp>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -49,6 +51,16 @@ class QvkEmulatorTest : public ::testing::Test {
 
   static void fault(const std::string& json) {
     ASSERT_EQ(emulator_->control("POST", "faults", json).status, 201);
+  }
+
+  // Waits (up to 10 s) until every queued fault is used up: the requests
+  // they were meant for have arrived.
+  static void waitUntilFaultsAreUsed() {
+    const auto faultsLeft = [] {
+      return boost::json::parse(emulator_->get("faults").body).at("faults").as_array().size();
+    };
+    for (int poll = 0; poll < 400 && faultsLeft() > 0; ++poll)
+      std::this_thread::sleep_for(std::chrono::milliseconds(25));
   }
 
   static inline std::unique_ptr<velmaro::testing::EmulatorProcess> emulator_;

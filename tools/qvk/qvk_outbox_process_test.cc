@@ -173,11 +173,7 @@ TEST_F(QvkOutbox, ASenderKilledMidCallLeavesTheCallForTheNextRunToFind) {
   // The service stores the reply after the delay, whatever became of its sender.
   fault(R"({"delay_ms":1500,"path_prefix":"/api/mobile/requests/103.json"})");
   QvkInvocation killed(QVK_BINARY, args(emulator_->url(), {"requests", "outbox", "--send"}));
-  const auto faultsLeft = [] {
-    return boost::json::parse(emulator_->get("faults").body).at("faults").as_array().size();
-  };
-  for (int poll = 0; poll < 400 && faultsLeft() > 0; ++poll)
-    std::this_thread::sleep_for(std::chrono::milliseconds(25));
+  waitUntilFaultsAreUsed();
   ASSERT_TRUE(killed.signal(SIGKILL));
   killed.finish(std::chrono::seconds(10));
   for (int poll = 0; poll < 100 && occurrences(commentBodies("103"), "sent by a killed run") == 0;
