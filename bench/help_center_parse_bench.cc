@@ -8,6 +8,7 @@
 #include <benchmark/benchmark.h>
 #include <boost/json.hpp>
 
+#include "bench/paired_cpu_timer.h"
 #include "velmaro/helpcenter/qvk_help_center_parser.h"
 
 namespace {
@@ -175,9 +176,31 @@ void BM_HelpCenterParse(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes.size()));
 }
 
+// The B1 figure: both of the above, pair by pair.
+void BM_HelpCenterParseAgainstBare(benchmark::State& state) {
+  const auto& bytes = document();
+  velmaro::bench::PairedCpuTimer timer;
+  for (auto _ : state) {
+    timer.pair(
+        [&] {
+          auto value = boost::json::parse(bytes);
+          benchmark::DoNotOptimize(value);
+        },
+        [&] {
+          const auto value = boost::json::parse(bytes);
+          const auto& response = value.as_object();
+          const velmaro::QVKHelpCenterParser parser(response);
+          auto articles = parser.parseArticles(response);
+          benchmark::DoNotOptimize(articles);
+        });
+  }
+  timer.report(state);
+}
+
 }  // namespace
 
 BENCHMARK(BM_BoostJsonParse)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_HelpCenterParse)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_HelpCenterParseAgainstBare)->Unit(benchmark::kMicrosecond);
 
 BENCHMARK_MAIN();
