@@ -1,13 +1,14 @@
-// Loopback figures of the Help Center path against a real qvk-emulator, each
-// measured side by side with raw libcurl in the same run:
+// Loopback figures against a real qvk-emulator, each measured side by side
+// with raw libcurl in the same run:
 //   B2  one provider call (call to callback) vs a raw keep-alive GET of the same URL
 //   B3  the same read answered from the HTTP cache vs B2's network call
 //   B4  200 provider calls in flight at once (distinct URLs) vs 200 raw multi
 //       transfers of the same URLs
-// With --b1 FILE it also reads the in-process parse figures that velmaro_bench
-// wrote as JSON, with --b5 FILE the peak memory of a 30 MB list answer that
-// velmaro_memory_bench wrote, and prints the one table of all the figures;
-// --out FILE writes the same figures as JSON.
+//   B6-B8  the requests side (RequestWireFigures)
+// With --b1 FILE it also reads the in-process parse figures (B1, B5) that
+// velmaro_bench wrote as JSON, with --m1 FILE the peak memory of a 30 MB list
+// answer that velmaro_memory_bench wrote, and prints the one table of all the
+// figures; --out FILE writes the same figures as JSON.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -23,7 +24,11 @@
 
 #include <boost/json.hpp>
 #include <curl/curl.h>
+#include <unistd.h>
 
+#include "bench/raw_client.h"
+#include "bench/request_wire_figures.h"
+#include "bench/wire_figure.h"
 #include "quorvel/platform/run_loop.h"
 #include "quorvel/provider_service.h"
 #include "quorvel/quorvel.h"
@@ -35,110 +40,23 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using Micros = std::chrono::duration<double, std::micro>;
+using namespace velmaro::bench;
 
 constexpr int kB2Blocks = 10;
 
 struct Options {
   std::string emulator = QVK_EMULATOR_BINARY;
   std::string b1File;
-  std::string b5File;
+  std::string m1File;
   std::string outFile;
   int rounds = 3000;  // B2 pairs: enough for a stable median on a noisy 2-core VM
   int hits = 2000;    // B3 cache hits
   int bursts = 15;    // B4 rounds of 200
   int inFlight = 200;
+  int requestRounds = 2000;   // B6-B8 pairs each; 0 leaves them out
+  bool requestsOnly = false;  // B6-B8 alone, e.g. under a profiler
   bool diagnose = false;
   bool quartiles = false;  // B2's spread, by position in the pair
-};
-
-double median(std::vector<double> v) {
-  if (v.empty()) return 0;
-  std::sort(v.begin(), v.end());
-  const auto n = v.size();
-  return n % 2 == 1 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-}
-
-// The raw client drops the body: the figure is the transfer, not a parse.
-std::size_t discard(char*, std::size_t size, std::size_t count, void*) {
-  return size * count;
-}
-
-// A raw libcurl client with the same headers the library sends.
-class RawClient {
- public:
-  RawClient(const std::vector<std::pair<std::string, std::string>>& headers) {
-    for (const auto& [name, value] : headers) {
-      headers_ = curl_slist_append(headers_, (name + ": " + value).c_str());
-    }
-  }
-  ~RawClient() {
-    for (auto* easy : easies_) curl_easy_cleanup(easy);
-    if (multi_ != nullptr) curl_multi_cleanup(multi_);
-    curl_slist_free_all(headers_);
-  }
-
-  CURL* configure(CURL* easy, const std::string& url) {
-    curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_);
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, discard);
-    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
-    return easy;
-  }
-
-  // One keep-alive GET on a handle kept across calls.
-  bool get(const std::string& url) {
-    if (single_ == nullptr) single_ = keep(configure(curl_easy_init(), url));
-    long status = 0;
-    const bool ok = curl_easy_perform(single_) == CURLE_OK;
-    curl_easy_getinfo(single_, CURLINFO_RESPONSE_CODE, &status);
-    return ok && status == 200;
-  }
-
-  // One transfer of each of `urls` at once on one multi handle (handles and
-  // connections kept across calls); true when all answered 200.
-  bool burst(const std::vector<std::string>& urls) {
-    const int count = static_cast<int>(urls.size());
-    if (multi_ == nullptr) {
-      multi_ = curl_multi_init();
-      // The same per-host connection policy as the library's transport, so
-      // that the burst compares the libraries, not two connection policies.
-      curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
-      for (const auto& url : urls) pool_.push_back(keep(configure(curl_easy_init(), url)));
-    }
-    for (auto* easy : pool_) curl_multi_add_handle(multi_, easy);
-    int running = 0;
-    int done = 0;
-    bool allOk = true;
-    const auto deadline = Clock::now() + std::chrono::seconds(30);
-    do {
-      curl_multi_perform(multi_, &running);
-      int queued = 0;
-      while (CURLMsg* msg = curl_multi_info_read(multi_, &queued)) {
-        if (msg->msg != CURLMSG_DONE) continue;
-        long status = 0;
-        curl_easy_getinfo(msg->easy_handle, CURLINFO_RESPONSE_CODE, &status);
-        allOk = allOk && msg->data.result == CURLE_OK && status == 200;
-        curl_multi_remove_handle(multi_, msg->easy_handle);
-        ++done;
-      }
-      if (running > 0) curl_multi_poll(multi_, nullptr, 0, 100, nullptr);
-    } while ((running > 0 || done < count) && Clock::now() < deadline);
-    return allOk && done == count;
-  }
-
- private:
-  CURL* keep(CURL* easy) {
-    easies_.push_back(easy);
-    return easy;
-  }
-  curl_slist* headers_ = nullptr;
-  CURL* single_ = nullptr;
-  CURLM* multi_ = nullptr;
-  std::vector<CURL*> pool_;
-  std::vector<CURL*> easies_;
 };
 
 class Library {
@@ -241,24 +159,6 @@ class Library {
   std::unique_ptr<velmaro::QVKHelpCenterProvider> provider_;
 };
 
-template <class F>
-double timeMicros(F&& f, bool& ok) {
-  const auto start = Clock::now();
-  ok = f() && ok;
-  return Micros(Clock::now() - start).count();
-}
-
-struct Figure {
-  std::string id;
-  std::string measures;
-  std::string unit;
-  double value = 0;     // the library's figure
-  double baseline = 0;  // what it is compared with
-  double ratio = 0;     // as the target is stated
-  std::string target;
-  bool met = false;
-};
-
 // The runs of a Google Benchmark JSON report.
 std::optional<boost::json::array> benchmarksIn(const std::string& file) {
   std::ifstream in(file);
@@ -271,33 +171,57 @@ std::optional<boost::json::array> benchmarksIn(const std::string& file) {
   return doc.at("benchmarks").as_array();
 }
 
-std::optional<Figure> readB1(const std::string& file) {
-  const auto benchmarks = benchmarksIn(file);
-  if (!benchmarks) return std::nullopt;
-  double bare = 0;
-  double library = 0;
-  for (const auto& b : *benchmarks) {
+// A figure measured pair by pair in velmaro_bench (PairedCpuTimer): the
+// median over its repetitions of the library's and the bare parse's median
+// CPU time. With `quartiles`, the pairs' own ratios p25 to p75 and the
+// spread over the repetitions go to standard error.
+std::optional<Figure> readPaired(const boost::json::array& benchmarks, std::string_view run,
+                                 Figure f, double limit, bool quartiles) {
+  for (const auto& b : benchmarks) {
     const auto& o = b.as_object();
+    if (o.at("run_name").as_string() != run) continue;
+    const auto ratio = o.at("ratio").to_number<double>();
+    if (quartiles && o.at("aggregate_name") == "median") {
+      std::fprintf(stderr, "%s pair ratios: p25 %.3f p50 %.3f p75 %.3f\n", f.id.c_str(),
+                   o.at("ratio_p25").to_number<double>(), ratio,
+                   o.at("ratio_p75").to_number<double>());
+    }
+    if (quartiles && o.at("aggregate_name") == "stddev") {
+      std::fprintf(stderr, "%s ratio stddev over repetitions: %.3f\n", f.id.c_str(), ratio);
+    }
     if (o.at("aggregate_name") != "median") continue;
-    const std::string name(o.at("run_name").as_string());
-    // Google Benchmark states its unit per run; the table is in microseconds.
-    const std::string unit(o.at("time_unit").as_string());
-    const double scale = unit == "ns" ? 1e-3 : unit == "ms" ? 1e3 : unit == "s" ? 1e6 : 1.0;
-    const double cpu = o.at("cpu_time").to_number<double>() * scale;
-    if (name.find("BM_BoostJsonParse") == 0) bare = cpu;
-    if (name.find("BM_HelpCenterParse") == 0) library = cpu;
+    f.value = o.at("library_us").to_number<double>();
+    f.baseline = o.at("bare_us").to_number<double>();
+    f.ratio = ratio;  // the median over the repetitions of each one's ratio
+    f.met = f.ratio <= limit;
   }
-  if (bare <= 0 || library <= 0) return std::nullopt;
-  Figure f{"B1",      "550 KB article list to records (median CPU time)",
-           "us",      library,
-           bare,      library / bare,
-           "<= 1.5x", library / bare <= 1.5};
+  if (f.baseline <= 0) return std::nullopt;
   return f;
 }
 
-// B5 from velmaro_memory_bench's report: the peak memory of the streamed
+// B1 and B5 from velmaro_bench's report.
+std::vector<Figure> readParseFigures(const std::string& file, bool quartiles) {
+  std::vector<Figure> figures;
+  const auto benchmarks = benchmarksIn(file);
+  if (!benchmarks) return figures;
+  if (auto b1 = readPaired(*benchmarks, "BM_HelpCenterParseAgainstBare",
+                           {"B1", "550 KB article list to records (median CPU time)", "us", 0, 0, 0,
+                            "<= 1.5x", false},
+                           1.5, quartiles)) {
+    figures.push_back(*b1);
+  }
+  if (auto b5 = readPaired(*benchmarks, "BM_RequestListParseAgainstBare",
+                           {"B5", "300 KB request list to records (median CPU time)", "us", 0, 0, 0,
+                            "<= 1.5x", false},
+                           1.5, quartiles)) {
+    figures.push_back(*b5);
+  }
+  return figures;
+}
+
+// M1 from velmaro_memory_bench's report: the peak memory of the streamed
 // categories list against the answer's size.
-std::optional<Figure> readB5(const std::string& file) {
+std::optional<Figure> readM1(const std::string& file) {
   const auto benchmarks = benchmarksIn(file);
   if (!benchmarks) return std::nullopt;
   for (const auto& b : *benchmarks) {
@@ -306,7 +230,7 @@ std::optional<Figure> readB5(const std::string& file) {
       continue;
     const double peak = o.at("peak_MB").to_number<double>();
     const double answer = o.at("answer_MB").to_number<double>();
-    return Figure{"B5",   "30 MB list answer to records, peak memory (850k)",
+    return Figure{"M1",   "30 MB list answer to records, peak memory (850k)",
                   "MB",   peak,
                   answer, peak / answer,
                   "< 6x", peak / answer < 6};
@@ -322,8 +246,8 @@ bool parseArgs(int argc, char** argv, Options& o) {
       o.emulator = next();
     } else if (arg == "--b1") {
       o.b1File = next();
-    } else if (arg == "--b5") {
-      o.b5File = next();
+    } else if (arg == "--m1") {
+      o.m1File = next();
     } else if (arg == "--out") {
       o.outFile = next();
     } else if (arg == "--rounds") {
@@ -332,14 +256,21 @@ bool parseArgs(int argc, char** argv, Options& o) {
       o.rounds = 60;
       o.hits = 300;
       o.bursts = 4;
+      o.requestRounds = 200;
+    } else if (arg == "--requests-only") {
+      o.requestsOnly = true;
+    } else if (arg == "--request-rounds") {
+      o.requestRounds = std::stoi(next());
     } else if (arg == "--diagnose") {
       o.diagnose = true;
     } else if (arg == "--quartiles") {
       o.quartiles = true;
     } else {
       std::cerr
-          << "usage: velmaro_wire_bench [--emulator PATH] [--b1 FILE] [--b5 FILE] [--out FILE]\n"
-             "                          [--rounds N] [--quick] [--diagnose] [--quartiles]\n";
+          << "usage: velmaro_wire_bench [--emulator PATH] [--b1 FILE] [--m1 FILE] [--out FILE]\n"
+             "                          [--rounds N] [--request-rounds N] [--requests-only] "
+             "[--quick]\n"
+             "                          [--diagnose] [--quartiles]\n";
       return false;
     }
   }
@@ -364,7 +295,7 @@ int main(int argc, char** argv) {
   const std::string url = emulator.url() + "/api/v2/help_center/en-us/categories.json?per_page=100";
   bool ok = true;
   std::vector<Figure> figures;
-  {
+  if (!o.requestsOnly) {
     Library library(emulator.url(), dataDir);
     RawClient raw(library.headers(url));
 
@@ -490,24 +421,29 @@ int main(int argc, char** argv) {
     figures.push_back({"B4", std::to_string(o.inFlight) + " calls in flight at once", "calls/s", b4,
                        b4raw, b4 / b4raw, ">= 0.8x", b4 / b4raw >= 0.8});
   }
+  if (o.requestRounds > 0) {
+    RequestWireFigures requests(emulator.url(), dataDir / "requests", o.requestRounds, o.quartiles);
+    for (auto& f : requests.measure(ok)) figures.push_back(std::move(f));
+  }
   std::filesystem::remove_all(dataDir);
   emulator.stop();
 
   if (!o.b1File.empty()) {
-    if (auto b1 = readB1(o.b1File)) {
-      figures.insert(figures.begin(), *b1);
-    } else {
-      std::cerr << "warning: no B1 figures in " << o.b1File << "\n";
-    }
+    const auto parse = readParseFigures(o.b1File, o.quartiles);
+    if (parse.size() != 2) std::cerr << "warning: no B1/B5 figures in " << o.b1File << "\n";
+    figures.insert(figures.end(), parse.begin(), parse.end());
   }
-  if (!o.b5File.empty()) {
-    if (auto b5 = readB5(o.b5File)) {
-      figures.push_back(*b5);
+  if (!o.m1File.empty()) {
+    if (auto m1 = readM1(o.m1File)) {
+      figures.push_back(*m1);
     } else {
-      std::cerr << "warning: no B5 figure in " << o.b5File << "\n";
+      std::cerr << "warning: no M1 figure in " << o.m1File << "\n";
     }
   }
 
+  // B1 … B8, then M1.
+  std::stable_sort(figures.begin(), figures.end(),
+                   [](const Figure& a, const Figure& b) { return a.id < b.id; });
   std::printf("\n%-3s  %-52s %12s %12s %8s  %-13s %s\n", "id", "measures", "velmaro", "baseline",
               "ratio", "target", "");
   boost::json::array json;

@@ -33,6 +33,10 @@ class SessionStore {
   std::optional<boost::json::value> currentValue(std::string_view key) {
     return store_.currentValue(key);
   }
+  // The value on disk now, shown in place (platform::JsonKeyValueStore::readCurrent).
+  void readCurrent(std::string_view key, const platform::JsonKeyValueStore::Reader& read) {
+    store_.readCurrent(key, read);
+  }
   // One atomic read-modify-write of `key`, also between processes sharing
   // the data folder (platform::JsonKeyValueStore::update).
   bool update(std::string_view key, const platform::JsonKeyValueStore::Change& change) {

@@ -84,6 +84,13 @@ std::optional<boost::json::value> JsonKeyValueStore::currentValue(std::string_vi
   return memoryValue(key);
 }
 
+void JsonKeyValueStore::readCurrent(std::string_view key, const Reader& read) {
+  std::lock_guard lock(mutex_);
+  refreshIfChanged();
+  const auto it = values_.find(key);
+  read(it == values_.end() ? nullptr : &it->second);
+}
+
 bool JsonKeyValueStore::update(std::string_view key, const Change& change) {
   std::lock_guard lock(mutex_);
   // IMMEDIATE takes the write lock now, so no other writer can change the
@@ -95,6 +102,10 @@ bool JsonKeyValueStore::update(std::string_view key, const Change& change) {
   if (!applyChange(key, change)) {
     db_.report(fmt::format("Cannot write {} in {}", key, db_.path().string()));
     db_.execute("ROLLBACK");
+    // The value was handed to the change: memory holds it no more, the
+    // file holds what it had.
+    values_.clear();
+    load();
     return false;
   }
   return db_.persistent();
@@ -102,7 +113,11 @@ bool JsonKeyValueStore::update(std::string_view key, const Change& change) {
 
 bool JsonKeyValueStore::applyChange(std::string_view key, const Change& change) {
   refreshIfChanged();
-  auto next = change(memoryValue(key));
+  // The value is handed over, not copied (a copy of the request store's
+  // dictionary cost a third of a list call): the change replaces it anyway.
+  std::optional<boost::json::value> current;
+  if (const auto it = values_.find(key); it != values_.end()) current = std::move(it->second);
+  auto next = change(std::move(current));
   serialize(next);
   if (!writeRow(key, &scratch_) || !db_.execute("COMMIT")) return false;
   values_.insert_or_assign(std::string(key), std::move(next));

@@ -41,6 +41,11 @@ class JsonKeyValueStore {
   // The value as the file holds it now, whoever wrote it (another store on
   // the same file, another process); this store's memory is refreshed with it.
   std::optional<boost::json::value> currentValue(std::string_view key);
+  // As currentValue, but `read` is shown the value in place (nothing when
+  // the key is missing) instead of given a copy: for a large value read
+  // often. `read` runs under the store's lock: it must not call the store.
+  using Reader = std::function<void(const boost::json::value* current)>;
+  void readCurrent(std::string_view key, const Reader& read);
   // One read-modify-write of `key` that no other writer of the file can
   // interleave with, in this process or another: the write lock is taken
   // before the value is read, `change` gets the value on disk (nothing when

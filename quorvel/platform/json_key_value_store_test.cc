@@ -87,6 +87,23 @@ TEST_F(JsonKeyValueStoreTest, AnUpdateSeesAnotherConnectionsWrite) {
   EXPECT_EQ(first.value("n"), boost::json::value(2));
 }
 
+TEST_F(JsonKeyValueStoreTest, AReadInPlaceSeesAnotherConnectionsWrite) {
+  auto first = open(file_);
+  auto second = open(file_);
+  ASSERT_TRUE(first.set("n", 1));
+  auto shown = [&](const char* key) {
+    std::optional<boost::json::value> seen;
+    second.readCurrent(key, [&](const boost::json::value* current) {
+      if (current != nullptr) seen = *current;
+    });
+    return seen;
+  };
+  EXPECT_EQ(shown("n"), boost::json::value(1));
+  ASSERT_TRUE(first.set("n", 2));
+  EXPECT_EQ(shown("n"), boost::json::value(2));
+  EXPECT_EQ(shown("missing"), std::nullopt);
+}
+
 // A file that cannot grow (the file-size limit stands in for a full disk):
 // the update fails, says why, and leaves the old value on disk and in memory.
 TEST_F(JsonKeyValueStoreTest, AnUpdateThatCannotBeWrittenChangesNothing) {

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 
+#include "velmaro/core/parse_arena.h"
 #include "velmaro/core/provider_request.h"
 #include "velmaro/util/json_list_reader.h"
 
@@ -27,9 +27,8 @@ class AnswerParsing {
       // The JSON lives only while the records are made from it (they copy
       // what they keep), so one arena holds all of it and is let go at once
       // instead of value by value.
-      unsigned char firstBlock[4096];
-      boost::json::monotonic_resource arena(firstBlock, sizeof firstBlock);
-      return parse(jsonObject(response, &arena));
+      ParseArena arena(response.data ? response.data->size() : 0);
+      return parse(jsonObject(response, arena.storage()));
     };
   }
 
@@ -68,15 +67,14 @@ class AnswerParsing {
   static typename ProviderRequest<Result>::Parse strictJson(Parse parse) {
     return [parse = std::move(parse)](
                QVKDispatcherResponse response) -> quorvel::platform::Result<Result> {
-      unsigned char firstBlock[4096];
-      boost::json::monotonic_resource arena(firstBlock, sizeof firstBlock);
+      ParseArena arena(response.data ? response.data->size() : 0);
       boost::system::error_code ec;
-      auto value = boost::json::parse(response.data.value_or(""), ec, &arena);
+      auto value = boost::json::parse(response.data.value_or(""), ec, arena.storage());
       if (ec) {
         if (response.data && !response.data->empty()) response.bodyUnreadable(ec.message());
         return jsonError(ec.message());
       }
-      if (!value.is_object()) return parse(boost::json::object(&arena));
+      if (!value.is_object()) return parse(boost::json::object(arena.storage()));
       return parse(value.get_object());
     };
   }

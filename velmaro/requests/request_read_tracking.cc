@@ -1,7 +1,5 @@
 #include "velmaro/requests/request_read_tracking.h"
 
-#include <map>
-
 #include "quorvel/core_logger.h"
 #include "quorvel/quorvel.h"
 #include "velmaro/requests/qvk_request_provider_context.h"
@@ -89,20 +87,14 @@ void RequestReadTracking::updateRequestStorageWithRequests(
     const std::vector<QVKRequest>& requests) {
   auto storage = currentStorage();
   if (!storage) return;
-  // One read of the store for the whole list, not one per request.
-  std::map<std::string, std::int64_t> readCounts;
-  for (const auto& stored : storage->getRequests()) {
-    readCounts.emplace(stored.requestId(), stored.readCommentCount());
-  }
+  // Built as new (read counter 0); the store puts back the read counter of
+  // each request it holds, in the same read-modify-write.
   std::vector<RequestForStorage> records;
   records.reserve(requests.size());
   for (const auto& request : requests) {
-    const auto stored = readCounts.find(request.requestId.value_or(""));
-    records.push_back(stored != readCounts.end()
-                          ? RequestForStorage::createFromRequest(request, stored->second)
-                          : RequestForStorage::createFromNewRequest(request));
+    records.push_back(RequestForStorage::createFromNewRequest(request));
   }
-  storage->storeRequestsAndResetCacheTime(records);
+  storage->storeRequestsKeepingReadCountsAndResetCacheTime(std::move(records));
 }
 
 }  // namespace velmaro

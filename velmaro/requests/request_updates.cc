@@ -15,7 +15,8 @@ RequestUpdates RequestUpdates::calculateRequestUpdates(
       // Counters no service sends; saturate rather than wrap.
       unread = request.commentCount() > 0 ? INT64_MAX : INT64_MIN;
     }
-    updates[request.requestId()] = unread;
+    // Stored ids mostly come in order: the end is then the right hint.
+    updates.insert_or_assign(updates.end(), request.requestId(), unread);
   }
   return RequestUpdates(std::move(updates));
 }

@@ -67,10 +67,17 @@ std::vector<std::string> RequestStorage::getRequestIds() const {
 }
 
 std::vector<RequestForStorage> RequestStorage::getRequests() const {
+  // Read in place: a copy of a dictionary of a thousand requests cost more
+  // than the records made from it.
   std::vector<RequestForStorage> requests;
-  for (const auto& entry : storedDictionary()) {
-    if (auto record = recordOf(entry.key(), entry.value())) requests.push_back(std::move(*record));
-  }
+  sessionStore_->read(kRequestStorageKey, [&](const boost::json::value* stored) {
+    if (stored == nullptr || !stored->is_object()) return;
+    requests.reserve(stored->get_object().size());
+    for (const auto& entry : stored->get_object()) {
+      if (auto record = recordOf(entry.key(), entry.value()))
+        requests.push_back(std::move(*record));
+    }
+  });
   return requests;
 }
 
@@ -81,9 +88,18 @@ std::optional<RequestForStorage> RequestStorage::getRequestForId(std::string_vie
   return recordOf(requestId, *entry);
 }
 
-bool RequestStorage::mergeEntries(const std::vector<RequestForStorage>& requests) {
+bool RequestStorage::mergeEntries(std::vector<RequestForStorage> requests, bool keepReadCounts) {
   return sessionStore_->update(kRequestStorageKey, [&](std::optional<boost::json::value> current) {
     auto stored = dictionaryOf(std::move(current));
+    // All read counters are looked up before any entry is written, so that
+    // a list naming an id twice reads what was stored before it.
+    if (keepReadCounts) {
+      for (auto& request : requests) {
+        const auto* entry = stored.if_contains(request.requestId());
+        const auto record = entry ? recordOf(request.requestId(), *entry) : std::nullopt;
+        if (record) request.setReadCommentCount(record->readCommentCount());
+      }
+    }
     for (const auto& request : requests) stored[request.requestId()] = entryOf(request);
     return boost::json::value(std::move(stored));
   });
@@ -91,14 +107,23 @@ bool RequestStorage::mergeEntries(const std::vector<RequestForStorage>& requests
 
 bool RequestStorage::storeRequest(const std::optional<RequestForStorage>& request) {
   if (!request) return false;
-  return mergeEntries({*request});
+  return mergeEntries({*request}, false);
+}
+
+bool RequestStorage::resetCacheTime(double now) {
+  return sessionStore_->store(boost::json::value(now + kCacheValidityInterval), kCacheTimestampKey);
 }
 
 bool RequestStorage::storeRequestsAndResetCacheTime(
     const std::vector<RequestForStorage>& requests) {
   const double now = clock_();
-  if (!mergeEntries(requests)) return false;
-  return sessionStore_->store(boost::json::value(now + kCacheValidityInterval), kCacheTimestampKey);
+  return mergeEntries(requests, false) && resetCacheTime(now);
+}
+
+bool RequestStorage::storeRequestsKeepingReadCountsAndResetCacheTime(
+    std::vector<RequestForStorage> requests) {
+  const double now = clock_();
+  return mergeEntries(std::move(requests), true) && resetCacheTime(now);
 }
 
 bool RequestStorage::isRequestCacheExpired() const {

@@ -53,6 +53,10 @@ class RequestStorage {
   // Merges the records into the store, then marks the set fresh for an
   // hour; when the records cannot be written the stamp stays as it was.
   bool storeRequestsAndResetCacheTime(const std::vector<RequestForStorage>& requests);
+  // As storeRequestsAndResetCacheTime, but a record whose id has a record
+  // stored keeps the stored read counter: the fetched list's counters merged
+  // in one read-modify-write of the store, which is what a list call costs.
+  bool storeRequestsKeepingReadCountsAndResetCacheTime(std::vector<RequestForStorage> requests);
   // True when no stamp is stored or its moment has passed.
   bool isRequestCacheExpired() const;
 
@@ -63,7 +67,8 @@ class RequestStorage {
 
  private:
   boost::json::object storedDictionary() const;
-  bool mergeEntries(const std::vector<RequestForStorage>& requests);
+  bool mergeEntries(std::vector<RequestForStorage> requests, bool keepReadCounts);
+  bool resetCacheTime(double now);
 
   std::shared_ptr<RequestStorageProtocol> sessionStore_;
   Clock clock_;

@@ -20,6 +20,14 @@ class RequestStorageProtocol {
   // True when the value was stored.
   virtual bool store(const boost::json::value& value, std::string_view key) = 0;
   virtual std::optional<boost::json::value> value(std::string_view key) = 0;
+  // Shows `read` the value (nothing when there is none) without handing out
+  // a copy where the store can. `read` must not call the store. This
+  // default reads a copy.
+  using Reader = std::function<void(const boost::json::value* current)>;
+  virtual void read(std::string_view key, const Reader& reader) {
+    const auto current = value(key);
+    reader(current ? &*current : nullptr);
+  }
   // Reads the value, applies `change` and stores the result as one step that
   // no other writer interleaves with. This default is a plain read then
   // write, for doubles that have no other writer.

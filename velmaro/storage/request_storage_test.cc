@@ -70,6 +70,23 @@ TEST_F(RequestStorageTest, StoringMergesAndStampsTheExpiryMoment) {
   EXPECT_EQ(store.getRequestIds(), (std::vector<std::string>{"b", "a"}));
 }
 
+// A fetched list's counters: the stored read counter survives where there is
+// a record for the id (a malformed entry is none), both rows of an id listed
+// twice read what was stored before the list, and the stamp is set.
+TEST_F(RequestStorageTest, StoringAListKeepsTheStoredReadCounters) {
+  put(RequestStorage::kRequestStorageKey,
+      R"({"kept": {"comment_count": 2, "read_comment_count": 2},)"
+      R"( "odd": {"comment_count": "2", "read_comment_count": 2}})");
+  auto store = storage();
+  ASSERT_TRUE(store.storeRequestsKeepingReadCountsAndResetCacheTime(
+      {RequestForStorage("kept", 5, 0), RequestForStorage("odd", 3, 0),
+       RequestForStorage("new", 4, 0), RequestForStorage("kept", 6, 0)}));
+  EXPECT_EQ(store.getRequests(), (std::vector<RequestForStorage>{RequestForStorage("kept", 6, 2),
+                                                                 RequestForStorage("odd", 3, 0),
+                                                                 RequestForStorage("new", 4, 0)}));
+  EXPECT_EQ(session_->value(RequestStorage::kCacheTimestampKey), boost::json::value(kNow + 3600));
+}
+
 TEST_F(RequestStorageTest, StoreRequestLeavesTheStampAlone) {
   auto store = storage();
   EXPECT_FALSE(store.storeRequest(std::nullopt));

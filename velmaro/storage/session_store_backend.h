@@ -24,6 +24,13 @@ class SessionStoreBackend final : public RequestStorageProtocol {
     if (store_ == nullptr) return std::nullopt;
     return store_->currentValue(key);
   }
+  void read(std::string_view key, const Reader& reader) override {
+    if (store_ == nullptr) {
+      reader(nullptr);
+      return;
+    }
+    store_->readCurrent(key, reader);
+  }
   bool update(std::string_view key, const Change& change) override {
     return store_ != nullptr && store_->update(key, change);
   }
