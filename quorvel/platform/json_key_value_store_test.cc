@@ -82,7 +82,9 @@ TEST_F(JsonKeyValueStoreTest, AnUpdateSeesAnotherConnectionsWrite) {
   auto second = open(file_);
   ASSERT_TRUE(first.set("n", 1));
   EXPECT_EQ(second.currentValue("n"), boost::json::value(1));
-  ASSERT_TRUE(second.update("n", [](auto current) { return current->as_int64() + 1; }));
+  ASSERT_TRUE(second.update("n", [](auto current) {
+    return boost::json::value(current && current->is_int64() ? current->as_int64() + 1 : -1);
+  }));
   EXPECT_EQ(first.currentValue("n"), boost::json::value(2));
   EXPECT_EQ(first.value("n"), boost::json::value(2));
 }
