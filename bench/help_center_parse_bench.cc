@@ -192,20 +192,8 @@ void BM_HelpCenterParse(benchmark::State& state) {
 
 // The B1 figure: both of the above, pair by pair.
 void BM_HelpCenterParseAgainstBare(benchmark::State& state) {
-  const auto& bytes = document();
-  velmaro::bench::PairedCpuTimer timer;
-  for (auto _ : state) {
-    timer.pair(
-        [&] {
-          auto value = boost::json::parse(bytes);
-          benchmark::DoNotOptimize(value);
-        },
-        [&] {
-          auto articles = libraryParse();
-          benchmark::DoNotOptimize(articles);
-        });
-  }
-  timer.report(state);
+  velmaro::bench::PairedCpuTimer::againstBareParse(state, document(),
+                                                   [] { return libraryParse(); });
 }
 
 }  // namespace

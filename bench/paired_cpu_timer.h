@@ -6,9 +6,11 @@
 
 #include <algorithm>
 #include <ctime>
+#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <boost/json/parse.hpp>
 
 namespace velmaro::bench {
 
@@ -20,6 +22,26 @@ class PairedCpuTimer {
     if (bareFirst) bare_.push_back(timed(bare));
     library_.push_back(timed(library));
     if (!bareFirst) bare_.push_back(timed(bare));
+  }
+
+  // A library parse of `bytes` against the bare JSON parse of the same bytes,
+  // pair by pair for the whole benchmark loop, then reported.
+  template <class Library>
+  static void againstBareParse(benchmark::State& state, const std::string& bytes,
+                               Library&& library) {
+    PairedCpuTimer timer;
+    for (auto _ : state) {
+      timer.pair(
+          [&] {
+            auto value = boost::json::parse(bytes);
+            benchmark::DoNotOptimize(value);
+          },
+          [&] {
+            auto records = library();
+            benchmark::DoNotOptimize(records);
+          });
+    }
+    timer.report(state);
   }
 
   // Medians of both, in microseconds, their ratio, and the spread of the

@@ -106,19 +106,7 @@ void BM_RequestListParse(benchmark::State& state) {
 // parse, pair by pair.
 void BM_RequestListParseAgainstBare(benchmark::State& state) {
   const auto& bytes = document();
-  velmaro::bench::PairedCpuTimer timer;
-  for (auto _ : state) {
-    timer.pair(
-        [&] {
-          auto value = boost::json::parse(bytes);
-          benchmark::DoNotOptimize(value);
-        },
-        [&] {
-          auto list = libraryParse();
-          benchmark::DoNotOptimize(list);
-        });
-  }
-  timer.report(state);
+  velmaro::bench::PairedCpuTimer::againstBareParse(state, bytes, [] { return libraryParse(); });
   state.counters["doc_bytes"] = static_cast<double>(bytes.size());
 }
 

@@ -10,14 +10,12 @@
 #include "quorvel/platform/notification_center.h"
 #include "tools/qvk/client_errors.h"
 #include "tools/qvk/field_argument.h"
-#include "tools/qvk/file_upload.h"
 #include "tools/qvk/int64_argument.h"
 #include "tools/qvk/library_call.h"
 #include "tools/qvk/outbox_commands.h"
+#include "tools/qvk/request_attachments.h"
 #include "tools/qvk/requests_tables.h"
-#include "tools/qvk/transfer_wait.h"
 #include "velmaro/core/support.h"
-#include "velmaro/outbox/outbox_errors.h"
 #include "velmaro/requests/qvk_request_provider.h"
 #include "velmaro/requests/request_notifications.h"
 #include "velmaro/storage/request_storage.h"
@@ -107,47 +105,6 @@ velmaro::QVKCreateRequest createRequest(const RequestsArguments& arguments,
   }
   request.ticketFormId = arguments.formId;
   return request;
-}
-
-// What --attach and --token give: every --attach file uploaded first, in
-// order, then every --token; absent when neither was given. When an upload
-// fails or the user cancels it, the status to end the command with instead.
-struct Attachments {
-  std::optional<std::vector<QVKUploadResponse>> uploads;
-  std::optional<int> failed;
-};
-
-// With an outbox, a file the service cannot be reached for is kept there,
-// to be uploaded before the call that names it.
-Attachments attachments(CommandContext& context, const RequestsArguments& arguments,
-                        velmaro::RequestOutbox* outbox) {
-  Attachments result;
-  if (!arguments.attachFiles && !arguments.tokens) return result;
-  result.uploads.emplace();
-  for (const auto& file : arguments.attachFiles.value_or(std::vector<std::string>{})) {
-    auto outcome = FileUpload::upload(context, file, std::nullopt, std::nullopt);
-    if (outcome.interrupted) {
-      context.output.errorText() << "cancelled\n";
-      result.failed = TransferWait::kInterruptedStatus;
-      return result;
-    }
-    if (!outcome.answer && outbox != nullptr &&
-        velmaro::OutboxErrors::classify(outcome.answer.error()) !=
-            velmaro::OutboxErrors::Failure::final) {
-      outcome.answer = OutboxCommands::keptUpload(*outbox, file);
-    }
-    if (!outcome.answer) {
-      result.failed = context.output.error(outcome.answer.error());
-      return result;
-    }
-    result.uploads->push_back(*outcome.answer);
-  }
-  for (const auto& token : arguments.tokens.value_or(std::vector<std::string>{})) {
-    QVKUploadResponse response;
-    response.uploadToken = token;
-    result.uploads->push_back(std::move(response));
-  }
-  return result;
 }
 
 // The stored counters of one request after a mark.
@@ -324,7 +281,7 @@ int RequestsGroup::comments(CommandContext& context) const {
 int RequestsGroup::create(CommandContext& context) const {
   QVKRequestProvider provider(context.session.core());
   const auto outbox = outboxFor(context, provider);
-  auto attached = attachments(context, arguments_, outbox.get());
+  auto attached = RequestAttachments::collect(context, arguments_, outbox.get());
   if (attached.failed) return *attached.failed;
   // The success notification is posted on the main queue before the
   // callback's task runs there, so it has been seen once the answer is in.
@@ -359,7 +316,7 @@ int RequestsGroup::create(CommandContext& context) const {
 int RequestsGroup::comment(CommandContext& context) const {
   QVKRequestProvider provider(context.session.core());
   const auto outbox = outboxFor(context, provider);
-  auto attached = attachments(context, arguments_, outbox.get());
+  auto attached = RequestAttachments::collect(context, arguments_, outbox.get());
   if (attached.failed) return *attached.failed;
   auto comment = LibraryCall::await<velmaro::QVKComment>(context.session, [&](auto cb) {
     if (attached.uploads) {
