@@ -49,6 +49,18 @@ class RequestWireFigures {
   // The raw floor of one list call.
   bool bareListCall();
 
+  // What a figure measured against its floor is called, and its spread lines.
+  struct Labels {
+    const char* id;
+    const char* measures;
+    const char* floorSpread;
+    const char* callSpread;
+  };
+  // `call` against `floor` after 50 uncounted pairs: the ratio of their
+  // medians, met at or below `target`.
+  template <class Floor, class Call>
+  Figure againstFloor(const Labels& labels, double target, Floor&& floor, Call&& call, bool& ok);
+
   // Times `bare` and `library` pair by pair in alternating order; the
   // medians go to `bareTimes` / `libraryTimes`.
   template <class Bare, class Library>

@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "velmaro/core/provider_context.h"
+#include "velmaro/outbox/outbox_entry.h"
+#include "velmaro/outbox/request_outbox.h"
 #include "velmaro/requests/qvk_request_provider_errors.h"
 
 namespace velmaro {
-
-class RequestOutbox;
 
 // What the request provider's operations share beyond the provider core: the
 // two feature gates and the gated send. Copied into completions like its
@@ -50,6 +50,23 @@ class QVKRequestProviderContext : public ProviderContext {
           }
           ctx.refuse(request, std::move(cb), QVKRequestProviderErrors::accountRestrictionError());
         });
+  }
+
+  // With an outbox, a new request or reply either joins it at once (calls
+  // wait before it: the starting notification, then `cb` answered with the
+  // queued outcome; true, nothing is to be sent) or is sent with the outbox
+  // taking over a failure before the service (false). Without one, false.
+  template <class Result>
+  bool keptInOutbox(ProviderRequest<Result>& request, const ProviderCallback<Result>& cb,
+                    OutboxEntry entry) const {
+    if (!outbox_) return false;
+    if (auto kept = outbox_->keepBehindWaiting(entry)) {
+      postToNotificationCenterOnMainThread(request.starting);
+      answerOnMainThread<Result>(request.callbackName, cb, std::nullopt, std::move(*kept));
+      return true;
+    }
+    request.keepsFailure = outbox_->keeper(std::move(entry));
+    return false;
   }
 
   // The same refusal path as a failed request: the callback, then the

@@ -5,7 +5,6 @@
 #include "quorvel/quorvel.h"
 #include "velmaro/blips/request_blips.h"
 #include "velmaro/core/answer_parsing.h"
-#include "velmaro/outbox/request_outbox.h"
 #include "velmaro/requests/qvk_comments_response.h"
 #include "velmaro/requests/request_notifications.h"
 #include "velmaro/storage/request_storage.h"
@@ -102,17 +101,12 @@ void RequestCommentOperations::addComment(
     return;
   }
   auto request = submission(*requestId, *comment, attachments);
-  if (const auto& outbox = ctx.outbox()) {
+  if (ctx.outbox()) {
     std::vector<std::string> tokens;
     for (const auto& token : uploadTokens(attachments.value_or(std::vector<QVKUploadResponse>{})))
       tokens.emplace_back(token.as_string());
-    auto entry = OutboxEntry::reply(*requestId, *comment, std::move(tokens));
-    if (auto kept = outbox->keepBehindWaiting(entry)) {
-      ctx.postToNotificationCenterOnMainThread(request.starting);
-      ctx.answerOnMainThread<QVKComment>(request.callbackName, cb, std::nullopt, std::move(*kept));
+    if (ctx.keptInOutbox(request, cb, OutboxEntry::reply(*requestId, *comment, std::move(tokens))))
       return;
-    }
-    request.keepsFailure = outbox->keeper(std::move(entry));
   }
   ctx.sendWhenConversationsEnabled(std::move(request), std::move(cb));
 }

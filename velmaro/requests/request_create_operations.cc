@@ -9,7 +9,6 @@
 #include "velmaro/blips/request_blips.h"
 #include "velmaro/core/answer_parsing.h"
 #include "velmaro/core/support.h"
-#include "velmaro/outbox/request_outbox.h"
 #include "velmaro/requests/qvk_create_request_utilities.h"
 #include "velmaro/requests/request_notifications.h"
 #include "velmaro/settings/qvk_contact_us_settings_provider.h"
@@ -147,16 +146,9 @@ void RequestCreateOperations::createRequestWithSubject(
        cb = std::move(cb)](std::optional<ContactUsSettings> settings) {
         auto request =
             submission(ctx, body(settings ? settings->tags() : std::vector<std::string>{}));
-        if (const auto& outbox = ctx.outbox()) {
-          auto entry = OutboxEntry::newRequest(subject, description, *request.body, tokens);
-          if (auto kept = outbox->keepBehindWaiting(entry)) {
-            ctx.postToNotificationCenterOnMainThread(request.starting);
-            ctx.answerOnMainThread<QVKDispatcherResponse>(request.callbackName, cb, std::nullopt,
-                                                          std::move(*kept));
-            return;
-          }
-          request.keepsFailure = outbox->keeper(std::move(entry));
-        }
+        if (ctx.keptInOutbox(request, cb,
+                             OutboxEntry::newRequest(subject, description, *request.body, tokens)))
+          return;
         ctx.send(std::move(request), cb);
       });
 }
