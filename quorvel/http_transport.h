@@ -10,6 +10,8 @@
 
 namespace quorvel {
 
+class TransportWorker;
+
 // Runs HTTP requests with libcurl's multi interface on one thread of its own,
 // so that every request shares one connection pool, DNS cache, TLS session
 // cache and CA store. That thread waits for the sockets and the timers and
@@ -49,12 +51,10 @@ class HttpTransport {
   const TransportLimits& limits() const { return limits_; }
 
  private:
-  class Worker;
-
   TransportLimits limits_;
   // Shared with the thread, so that a shutdown from one of the transport's
   // own completions leaves nothing dangling behind the detached thread.
-  std::shared_ptr<Worker> worker_;
+  std::shared_ptr<TransportWorker> worker_;
   std::thread thread_;
   std::weak_ptr<platform::RunLoop> hostLoop_;
   std::shared_ptr<platform::RunLoopSource> hostSource_;
