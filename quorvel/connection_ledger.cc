@@ -1,18 +1,18 @@
 #include "quorvel/connection_ledger.h"
 
+#include "quorvel/platform/url_encoding.h"
+
 namespace quorvel {
 
 std::string_view ConnectionLedger::originOf(std::string_view url) {
   const auto scheme = url.find("://");
   if (scheme == std::string_view::npos) return url;
-  const auto end = url.find_first_of("/?#", scheme + 3);
+  const auto end = platform::UrlEncoding::findDelimiter(url, scheme + 3);
   return url.substr(0, end);
 }
 
 ConnectionLedger::Counts* ConnectionLedger::find(std::string_view origin) {
-  // Few origins and short keys: the lookup copies the key rather than
-  // needing a transparent hash.
-  const auto it = origins_.find(std::string(origin));
+  const auto it = origins_.find(origin);
   return it == origins_.end() ? nullptr : &it->second;
 }
 
@@ -48,19 +48,19 @@ void ConnectionLedger::transferFinished(std::string_view origin) {
 void ConnectionLedger::forgetIfUnused(std::string_view origin) {
   // An application that talks to many hosts over time keeps no entry for
   // the ones it no longer uses.
-  const auto it = origins_.find(std::string(origin));
+  const auto it = origins_.find(origin);
   if (it != origins_.end() && it->second.sockets == 0 && it->second.transfers == 0) {
     origins_.erase(it);
   }
 }
 
 std::size_t ConnectionLedger::transfers(std::string_view origin) const {
-  const auto it = origins_.find(std::string(origin));
+  const auto it = origins_.find(origin);
   return it == origins_.end() ? 0 : it->second.transfers;
 }
 
 bool ConnectionLedger::hasIdleConnection(std::string_view origin) const {
-  const auto it = origins_.find(std::string(origin));
+  const auto it = origins_.find(origin);
   return it != origins_.end() && it->second.sockets > it->second.transfers;
 }
 

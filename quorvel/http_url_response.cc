@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "quorvel/platform/url_encoding.h"
+
 namespace quorvel {
 namespace {
 
@@ -36,7 +38,7 @@ bool isAbsoluteHttpUrl(std::string_view url) {
     return false;
   }
   std::string_view authority = url.substr(start);
-  authority = authority.substr(0, authority.find_first_of("/?#"));
+  authority = authority.substr(0, platform::UrlEncoding::findDelimiter(authority));
   if (const auto at = authority.rfind('@'); at != std::string_view::npos) {
     authority.remove_prefix(at + 1);
   }
@@ -97,6 +99,12 @@ HTTPURLResponse::HTTPURLResponse(std::string url, long statusCode, std::string h
       statusCode_(statusCode),
       httpVersion_(std::move(httpVersion)),
       headerFields_(std::move(headerFields)) {}
+
+HTTPURLResponse HTTPURLResponse::withHeaderFields(std::string httpVersion,
+                                                  HttpHeaderFields headerFields) const {
+  return HTTPURLResponse(url_, statusCode_, std::move(httpVersion),
+                         std::make_shared<const HttpHeaderFields>(std::move(headerFields)));
+}
 
 std::optional<std::string> HTTPURLResponse::value(std::string_view headerField) const {
   const auto it = headerFields_->find(headerField);

@@ -35,6 +35,10 @@ class HTTPURLResponse {
   const std::shared_ptr<const HttpHeaderFields>& sharedHeaderFields() const {
     return headerFields_;
   }
+  // This answer with other header fields and HTTP version: the URL and
+  // status code were checked when this one was made, so it cannot fail.
+  HTTPURLResponse withHeaderFields(std::string httpVersion, HttpHeaderFields headerFields) const;
+
   // The value of a header field, the name compared without regard to case.
   std::optional<std::string> value(std::string_view headerField) const;
 

@@ -1,5 +1,7 @@
 #include "quorvel/provider_service.h"
 
+#include <string>
+
 #include <fmt/format.h>
 
 #include "quorvel/core_services.h"
@@ -31,6 +33,25 @@ std::shared_ptr<platform::MainQueue> fallbackQueue() {
   return queue;
 }
 
+// The two client values every request carries, formatted once per client
+// and version on each thread rather than on every call.
+struct ClientValues {
+  std::string client;
+  std::string version;
+  std::string userAgent;
+  std::string qvClient;
+};
+
+const ClientValues& clientValues(const std::string& client, const std::string& version) {
+  thread_local ClientValues last;
+  if (last.userAgent.empty() || last.client != client || last.version != version) {
+    last = ClientValues{client, version,
+                        fmt::format("{}/{} quorvel-core/{}", client, version, kCoreVersion),
+                        fmt::format("{}/{}", client, version)};
+  }
+  return last;
+}
+
 }  // namespace
 
 ProviderService::ProviderService(AccountDetails environment, std::string urlComponent,
@@ -54,11 +75,10 @@ Headers ProviderService::clientIdentificationHeaders() const {
   const std::string client = clientHeaders_ ? clientHeaders_->client() : std::string("quorvel");
   const std::string version =
       clientHeaders_ ? clientHeaders_->version() : std::string(kCoreVersion);
+  const ClientValues& values = clientValues(client, version);
   return {
-      {"User-Agent", fmt::format("{}/{} quorvel-core/{}", client, version, kCoreVersion)},
-      {"X-QV-Client", fmt::format("{}/{}", client, version)},
-      {"X-QV-App-Id", environment_.appId()},
-      {"X-QV-Client-Id", environment_.clientId()},
+      {"User-Agent", values.userAgent},      {"X-QV-Client", values.qvClient},
+      {"X-QV-App-Id", environment_.appId()}, {"X-QV-Client-Id", environment_.clientId()},
       {"Accept", "application/json"},
   };
 }
@@ -94,12 +114,14 @@ void ProviderService::perform(Callback callback) const {
   if (!queue && services) queue = services->mainQueue();
   if (!queue) queue = fallbackQueue();
 
-  auto deliver = [queue, callback = std::move(callback)](std::optional<std::string> data,
-                                                         std::optional<HTTPURLResponse> response,
-                                                         std::optional<platform::Error> error) {
+  // Called once: the callback moves on into the posted task rather than being
+  // copied there (it holds the whole chain of the caller's closures).
+  auto deliver = [queue, callback = std::move(callback)](
+                     std::optional<std::string> data, std::optional<HTTPURLResponse> response,
+                     std::optional<platform::Error> error) mutable {
     if (!callback) return;
-    queue->post([callback, data = std::move(data), response = std::move(response),
-                 error = std::move(error)]() mutable {
+    queue->post([callback = std::move(callback), data = std::move(data),
+                 response = std::move(response), error = std::move(error)]() mutable {
       callback(std::move(data), std::move(response), std::move(error));
     });
   };

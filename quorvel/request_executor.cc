@@ -173,9 +173,9 @@ void RequestExecutor::handle(const std::shared_ptr<Call>& call,
     refreshAfterNotModified(*call, answer);
     return;
   }
-  const std::string url = answer.url.empty() ? call->job.url : answer.url;
-  auto response =
-      HTTPURLResponse::make(url, answer.statusCode, answer.httpVersion, std::move(answer.headers));
+  std::string url = answer.url.empty() ? call->job.url : std::move(answer.url);
+  auto response = HTTPURLResponse::make(url, answer.statusCode, std::move(answer.httpVersion),
+                                        std::move(answer.headers));
   if (!response) {
     call->completion(std::nullopt, std::nullopt, badResponse(url));
     return;

@@ -133,7 +133,11 @@ void TransportPoller::setTimeout(long milliseconds) {
   // nothing to do.
   if (milliseconds < 0) return;
   const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
-  if (timerDeadline_ && *timerDeadline_ <= deadline) return;
+  // libcurl counts in whole milliseconds, so the same deadline asked for again
+  // comes out a little earlier each time: one armed within a millisecond
+  // after it stands, rather than a system call on every turn. "Now" is now.
+  const auto slack = milliseconds > 0 ? kTimerSlack : Clock::duration::zero();
+  if (timerDeadline_ && *timerDeadline_ <= deadline + slack) return;
   const auto sinceEpoch = deadline.time_since_epoch();
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
   itimerspec when{};

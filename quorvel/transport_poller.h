@@ -108,6 +108,8 @@ class TransportPoller {
   int timerFd_ = -1;
   std::unordered_map<int, Watched> sockets_;
   std::optional<Clock::time_point> timerDeadline_;
+  // How late the armed timer may fire rather than be armed again.
+  static constexpr std::chrono::milliseconds kTimerSlack{1};
 
   // What the host's loop polls, and whether the set is lent; the loop reads
   // them without the transport's lock.

@@ -36,22 +36,23 @@ std::string percentDecode(std::string_view text) {
 
 std::optional<Url> Url::make(std::string_view text) {
   if (!UrlEncoding::isValidUrl(text)) return std::nullopt;
-  Url url{std::string(text)};
+  Parts url;
+  url.text = std::string(text);
   std::string_view rest = text;
 
   if (const auto hash = rest.find('#'); hash != std::string_view::npos) {
-    url.fragment_ = std::string(rest.substr(hash + 1));
+    url.fragment = std::string(rest.substr(hash + 1));
     rest = rest.substr(0, hash);
   }
   if (const auto question = rest.find('?'); question != std::string_view::npos) {
-    url.query_ = std::string(rest.substr(question + 1));
+    url.query = std::string(rest.substr(question + 1));
     rest = rest.substr(0, question);
   }
   // A scheme is letters, digits, '+', '-', '.' before the first ':', before any '/'.
   if (const auto colon = rest.find(':'); colon != std::string_view::npos &&
                                          colon < rest.find('/') && colon > 0 &&
                                          std::isalpha(static_cast<unsigned char>(rest[0])) != 0) {
-    url.scheme_ = std::string(rest.substr(0, colon));
+    url.scheme = std::string(rest.substr(0, colon));
     rest = rest.substr(colon + 1);
   }
   if (rest.substr(0, 2) == "//") {
@@ -69,15 +70,15 @@ std::optional<Url> Url::make(std::string_view text) {
         (bracket == std::string_view::npos || portColon > bracket)) {
       authority = authority.substr(0, portColon);
     }
-    url.host_ = std::string(authority);
+    url.host = std::string(authority);
   }
-  url.path_ = std::string(rest);
-  return url;
+  url.path = std::string(rest);
+  return Url(std::make_shared<const Parts>(std::move(url)));
 }
 
 std::vector<std::string> Url::pathComponents() const {
   std::vector<std::string> components;
-  std::string_view path = path_;
+  std::string_view path = parts_->path;
   if (path.empty()) return components;
   if (path.front() == '/') {
     components.emplace_back("/");

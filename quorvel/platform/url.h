@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,13 +16,13 @@ class Url {
   // Nothing when `text` is not a valid URL as it stands.
   static std::optional<Url> make(std::string_view text);
 
-  const std::string& absoluteString() const { return text_; }
-  const std::string& scheme() const { return scheme_; }
-  const std::string& host() const { return host_; }
+  const std::string& absoluteString() const { return parts_->text; }
+  const std::string& scheme() const { return parts_->scheme; }
+  const std::string& host() const { return parts_->host; }
   // The path as written (percent escapes kept), "" when there is none.
-  const std::string& path() const { return path_; }
-  const std::optional<std::string>& query() const { return query_; }
-  const std::optional<std::string>& fragment() const { return fragment_; }
+  const std::string& path() const { return parts_->path; }
+  const std::optional<std::string>& query() const { return parts_->query; }
+  const std::optional<std::string>& fragment() const { return parts_->fragment; }
 
   // "/" for an absolute path, then each segment percent-decoded:
   // "/api/v2/votes/1.json" -> {"/", "api", "v2", "votes", "1.json"}.
@@ -29,17 +30,24 @@ class Url {
   // The last of pathComponents(), "" when there are none.
   std::string lastPathComponent() const;
 
-  bool operator==(const Url& other) const { return text_ == other.text_; }
+  bool operator==(const Url& other) const { return parts_->text == other.parts_->text; }
 
  private:
-  explicit Url(std::string text) : text_(std::move(text)) {}
+  struct Parts {
+    std::string text;
+    std::string scheme;
+    std::string host;
+    std::string path;
+    std::optional<std::string> query;
+    std::optional<std::string> fragment;
+  };
 
-  std::string text_;
-  std::string scheme_;
-  std::string host_;
-  std::string path_;
-  std::optional<std::string> query_;
-  std::optional<std::string> fragment_;
+  explicit Url(std::shared_ptr<const Parts> parts) : parts_(std::move(parts)) {}
+
+  // Immutable and shared: a URL is copied at every step of a call (request,
+  // dispatcher, response), and a copy is then one reference count, not six
+  // strings.
+  std::shared_ptr<const Parts> parts_;  // never null
 };
 
 }  // namespace quorvel::platform

@@ -76,7 +76,7 @@ bool isSchemeChar(char c) {
 bool schemeIsWellFormed(std::string_view text) {
   const auto colon = text.find(':');
   if (colon == std::string_view::npos) return true;
-  const auto delimiter = text.find_first_of("/?#");
+  const auto delimiter = UrlEncoding::findDelimiter(text);
   if (delimiter != std::string_view::npos && delimiter < colon) return true;  // relative
   if (colon == 0) return false;
   if (!((text[0] >= 'a' && text[0] <= 'z') || (text[0] >= 'A' && text[0] <= 'Z'))) return false;
@@ -89,10 +89,10 @@ bool schemeIsWellFormed(std::string_view text) {
 // Where the authority ("//host:port") starts and ends, or an empty range.
 std::pair<size_t, size_t> authorityRange(std::string_view text) {
   auto start = text.find("//");
-  const auto firstDelimiter = text.find_first_of("/?#");
+  const auto firstDelimiter = UrlEncoding::findDelimiter(text);
   if (start == std::string_view::npos || start != firstDelimiter) return {0, 0};
   start += 2;
-  auto end = text.find_first_of("/?#", start);
+  auto end = UrlEncoding::findDelimiter(text, start);
   if (end == std::string_view::npos) end = text.size();
   return {start, end};
 }

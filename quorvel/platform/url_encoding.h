@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -37,6 +38,16 @@ class UrlEncoding {
 
   // Whether the byte may appear somewhere in a URL unescaped.
   static bool isLegalInUrl(unsigned char byte);
+
+  // The first '/', '?' or '#' at or after `from` (where an authority ends),
+  // or npos. A plain scan: find_first_of calls memchr once per character,
+  // and every call reads a URL several times on its way.
+  static std::size_t findDelimiter(std::string_view text, std::size_t from = 0) {
+    for (std::size_t i = from; i < text.size(); ++i) {
+      if (text[i] == '/' || text[i] == '?' || text[i] == '#') return i;
+    }
+    return std::string_view::npos;
+  }
 };
 
 }  // namespace quorvel::platform

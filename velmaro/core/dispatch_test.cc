@@ -41,6 +41,9 @@ TEST(EndpointKindTest, KindAndAuthenticationByUrlAndIdentity) {
       {"https://h/api/mobile/uploads/tok.json", K::uploads, true, true},
       {"https://h/api/mobile/requests.json", K::mobileAPI, true, true},
       {"https://h/api/v2/ticket_forms/show_many.json?ids=1", K::mobileAPI, true, true},
+      // Escaped segments are read decoded.
+      {"https://h/api/v2/help_center/vot%65s/9.json", K::articleVote, true, true},
+      {"https://h/api/mobile/x/upl%6Fads.json", K::uploads, true, true},
   };
   const quorvel::AnonymousIdentity anonymous;
   const quorvel::JwtIdentity jwt("a.b.c");

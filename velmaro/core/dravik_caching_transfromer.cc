@@ -1,6 +1,6 @@
 #include "velmaro/core/dravik_caching_transfromer.h"
 
-#include "quorvel/core_logger.h"
+#include <string>
 
 namespace velmaro {
 namespace {
@@ -17,25 +17,20 @@ void removeAll(std::string& text, const std::string& needle) {
 quorvel::CachedURLResponse DravikCachingTransfromer::transform(
     const quorvel::CachedURLResponse& cachedResponse) const {
   const auto& response = cachedResponse.response();
-  auto privateValue = response.value("X-QV-Cache-Control");
-  if (!privateValue) return cachedResponse;
+  const auto& received = response.allHeaderFields();
+  const auto privateField = received.find("X-QV-Cache-Control");
+  if (privateField == received.end()) return cachedResponse;
 
-  std::string newValue = *privateValue;
+  std::string newValue = privateField->second;
   removeAll(newValue, oldHeaderValue);
   // All fields are kept, "X-QV-Cache-Control" included; Cache-Control is replaced.
-  quorvel::HttpHeaderFields fields = response.allHeaderFields();
+  quorvel::HttpHeaderFields fields = received;
   fields.erase(cacheControlHeader);
-  fields.emplace(cacheControlHeader, newValue);
-
-  auto transformed = quorvel::HTTPURLResponse::make(response.url(), response.statusCode(),
-                                                    httpVersion, std::move(fields));
-  if (!transformed) {
-    quorvel::CoreLogger::error(
-        "Unable to use transfromed network response, falling back to original proposed "
-        "response.");
-    return cachedResponse;
-  }
-  return quorvel::CachedURLResponse(std::move(*transformed), cachedResponse.sharedData());
+  fields.emplace(cacheControlHeader, std::move(newValue));
+  // Made from a response that was already checked, the new one cannot be
+  // refused (the URL and status code stay): no fallback to the original.
+  return quorvel::CachedURLResponse(response.withHeaderFields(httpVersion, std::move(fields)),
+                                    cachedResponse.sharedData());
 }
 
 }  // namespace velmaro

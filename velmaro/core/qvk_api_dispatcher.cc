@@ -62,7 +62,6 @@ void QVKAPIDispatcher::executeRequest(const RequestBuilder& build, OnSuccess onS
 void QVKAPIDispatcher::executeRequestNoBlock(
     quorvel::platform::URLRequest request, OnSuccess onSuccess, OnError onError,
     std::shared_ptr<const quorvel::TransferOptions> transfer) {
-  auto url = request.url;
   auto core = quorvel();
   // Weak: the completion must not keep the core object alive.
   auto unreadable = [weakCore = std::weak_ptr(core), request](std::string_view reason) {
@@ -70,7 +69,7 @@ void QVKAPIDispatcher::executeRequestNoBlock(
   };
   DispatcherAdapter::performRequest(
       core, request,
-      [url = std::move(url), onSuccess = std::move(onSuccess), onError = std::move(onError),
+      [url = request.url, onSuccess = std::move(onSuccess), onError = std::move(onError),
        unreadable = std::move(unreadable)](std::optional<quorvel::HTTPURLResponse> response,
                                            std::optional<std::string> data,
                                            std::optional<quorvel::platform::Error> transportError) {

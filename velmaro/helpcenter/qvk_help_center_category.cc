@@ -9,16 +9,16 @@ using J = JsonValueConversion;
 QVKHelpCenterCategory QVKHelpCenterCategory::parseCategory(const boost::json::object& json) {
   QVKHelpCenterCategory category;
   category.identifier = J::identifier(json, "id");
-  category.name = J::string(json, "name");
-  category.categoryDescription = J::string(json, "description");
+  category.name = J::text(json, "name");
+  category.categoryDescription = J::text(json, "description");
   category.position = J::integerValue(json, "position");
   category.outdated = J::boolValue(json, "outdated");
-  category.locale = J::string(json, "locale");
-  category.sourceLocale = J::string(json, "source_locale");
-  category.url = J::string(json, "url");
-  category.html_url = J::string(json, "html_url");
-  category.createdAt = J::string(json, "created_at");
-  category.updatedAt = J::string(json, "updated_at");
+  category.locale = J::text(json, "locale");
+  category.sourceLocale = J::text(json, "source_locale");
+  category.url = J::text(json, "url");
+  category.html_url = J::text(json, "html_url");
+  category.createdAt = J::text(json, "created_at");
+  category.updatedAt = J::text(json, "updated_at");
   return category;
 }
 

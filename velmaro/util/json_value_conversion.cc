@@ -67,6 +67,13 @@ std::optional<std::string> JsonValueConversion::string(const boost::json::object
   return std::string(s.data(), s.size());
 }
 
+OptionalText JsonValueConversion::text(const boost::json::object& json, std::string_view key) {
+  const auto* value = json.if_contains(key);
+  if (value == nullptr || !value->is_string()) return std::nullopt;
+  const auto& s = value->get_string();
+  return OptionalText(std::string_view(s.data(), s.size()));
+}
+
 std::optional<std::int64_t> JsonValueConversion::number(const boost::json::value* value) {
   if (value == nullptr) return std::nullopt;
   switch (value->kind()) {

@@ -9,6 +9,8 @@
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
 
+#include "velmaro/util/optional_text.h"
+
 namespace velmaro {
 
 // How records read the values under their keys. Nothing here fails: a
@@ -19,6 +21,8 @@ namespace velmaro {
 class JsonValueConversion {
  public:
   static std::optional<std::string> string(const boost::json::object& json, std::string_view key);
+  // The same, copied once, straight into the record's own form.
+  static OptionalText text(const boost::json::object& json, std::string_view key);
   // A JSON number kept as a 64-bit number (fractions truncated).
   static std::optional<std::int64_t> number(const boost::json::object& json, std::string_view key);
   // An id: a JSON number in the signed 64-bit range (fractions truncated).
