@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -43,6 +44,12 @@ namespace {
 using namespace velmaro::bench;
 
 constexpr int kB2Blocks = 10;
+
+double threadCpuMicros() {
+  timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) / 1e3;
+}
 
 struct Options {
   std::string emulator = QVK_EMULATOR_BINARY;
@@ -307,18 +314,29 @@ int main(int argc, char** argv) {
     }
 
     if (o.diagnose) {
+      // Wall time, and the calling thread's CPU time for the raw GET and the
+      // provider call: what the main thread itself spends, system calls
+      // included, apart from waiting for the emulator.
       std::vector<double> t[4];
+      std::vector<double> rawCpu;
+      std::vector<double> providerCpu;
       for (int i = 0; i < o.rounds; ++i) {
+        double cpuBefore = threadCpuMicros();
         t[0].push_back(timeMicros([&] { return raw.get(url); }, ok));
+        rawCpu.push_back(threadCpuMicros() - cpuBefore);
         library.clearCache();
         t[1].push_back(timeMicros([&] { return library.coreCall(url); }, ok));
         library.clearCache();
         t[2].push_back(timeMicros([&] { return library.dispatcherCall(url); }, ok));
         library.clearCache();
+        cpuBefore = threadCpuMicros();
         t[3].push_back(timeMicros([&] { return library.categories(1); }, ok));
+        providerCpu.push_back(threadCpuMicros() - cpuBefore);
       }
       std::printf("median us: raw %.1f  core %.1f  dispatcher %.1f  provider %.1f\n", median(t[0]),
                   median(t[1]), median(t[2]), median(t[3]));
+      std::printf("median thread CPU us: raw %.1f  provider %.1f\n", median(rawCpu),
+                  median(providerCpu));
       std::vector<double> hit;
       library.coreCall(url);
       for (int i = 0; i < o.rounds; ++i) {
@@ -364,6 +382,20 @@ int main(int argc, char** argv) {
         }
       }
     }
+    // The figure is the median over the blocks of each block's ratio of
+    // medians: a block whose placement was bad, or that met a busy host, is
+    // an outlier among ten rather than a shift of all the pooled times.
+    const std::size_t perBlockDone = rawTimes.size() / kB2Blocks;
+    std::vector<double> blockRatios;
+    std::vector<double> blockRaw;
+    std::vector<double> blockCall;
+    for (int block = 0; block < kB2Blocks; ++block) {
+      const auto from = static_cast<std::ptrdiff_t>(block * perBlockDone);
+      const auto to = from + static_cast<std::ptrdiff_t>(perBlockDone);
+      blockRaw.push_back(median({rawTimes.begin() + from, rawTimes.begin() + to}));
+      blockCall.push_back(median({callTimes.begin() + from, callTimes.begin() + to}));
+      blockRatios.push_back(blockCall.back() / blockRaw.back());
+    }
     if (o.quartiles) {
       auto quartiles = [](std::vector<double> v, const char* name) {
         std::sort(v.begin(), v.end());
@@ -382,11 +414,17 @@ int main(int argc, char** argv) {
       quartiles(rawSecond, "raw second");
       quartiles(libFirst, "provider first");
       quartiles(libSecond, "provider second");
+      for (int block = 0; block < kB2Blocks; ++block) {
+        std::fprintf(stderr, "B2 block %d: raw %.1f us, provider %.1f us, %.3fx\n", block,
+                     blockRaw[block], blockCall[block], blockRatios[block]);
+      }
+      std::fprintf(stderr, "B2 pooled medians: %.3fx\n", median(callTimes) / median(rawTimes));
     }
-    const double b2 = median(callTimes);
-    const double b2raw = median(rawTimes);
+    const double b2 = median(blockCall);
+    const double b2raw = median(blockRaw);
+    const double b2ratio = median(blockRatios);
     figures.push_back({"B2", "one getCategoriesWithLocale call, call to callback", "us", b2, b2raw,
-                       b2 / b2raw, "<= 1.25x", b2 / b2raw <= 1.25});
+                       b2ratio, "<= 1.25x", b2ratio <= 1.25});
 
     // B3: the same read within its max-age, from the HTTP cache.
     ok = library.categories(1) && ok;
