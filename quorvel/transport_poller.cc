@@ -138,6 +138,20 @@ void TransportPoller::setTimeout(long milliseconds) {
   // after it stands, rather than a system call on every turn. "Now" is now.
   const auto slack = milliseconds > 0 ? kTimerSlack : Clock::duration::zero();
   if (timerDeadline_ && *timerDeadline_ <= deadline + slack) return;
+  arm(deadline);
+}
+
+void TransportPoller::resetTimeout(long milliseconds) {
+  if (milliseconds >= 0) {
+    arm(Clock::now() + std::chrono::milliseconds(milliseconds));
+    return;
+  }
+  if (!timerDeadline_) return;
+  const itimerspec never{};
+  if (::timerfd_settime(timerFd_, 0, &never, nullptr) == 0) timerDeadline_.reset();
+}
+
+void TransportPoller::arm(Clock::time_point deadline) {
   const auto sinceEpoch = deadline.time_since_epoch();
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
   itimerspec when{};

@@ -65,6 +65,10 @@ class TransportPoller {
   // libcurl's timer: no timeout (< 0), now (0), or in `milliseconds`.
   void setTimeout(long milliseconds);
 
+  // The same, but an earlier deadline already armed is moved (or, with no
+  // timeout, the timer disarmed): for a deadline that no longer holds.
+  void resetTimeout(long milliseconds);
+
   // Safe from any thread.
   void wake();
 
@@ -101,6 +105,7 @@ class TransportPoller {
   void leaveSet(int socket, Watched& watched);
   void refreshHostSnapshot();
   bool hostSnapshotHas(int socket) const;
+  void arm(Clock::time_point deadline);
 
   int workerSet_ = -1;
   int hostSet_ = -1;

@@ -128,5 +128,20 @@ TEST(TransportPollerTest, ATimerDueNowWakesTheThread) {
   EXPECT_TRUE(poller.sort({events.data(), 1}).timerDue);
 }
 
+// A deadline that no longer holds (a grace the loop made moot) must not
+// wake the thread: taken back, or moved later than it stood.
+class TransportPollerResetTest : public ::testing::TestWithParam<long> {};
+
+TEST_P(TransportPollerResetTest, AnEarlierDeadlineNoLongerFires) {
+  TransportPoller poller;
+  poller.setTimeout(20);
+  poller.resetTimeout(GetParam());
+  std::array<epoll_event, 8> events{};
+  EXPECT_EQ(poller.wait(events, 150ms), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(NoTimeoutOrALaterOne, TransportPollerResetTest,
+                         ::testing::Values(-1L, 60'000L));
+
 }  // namespace
 }  // namespace quorvel

@@ -336,6 +336,14 @@ void TransportWorker::endHostGraceIfDue() {
 void TransportWorker::updateTimer() {
   long milliseconds = -1;
   curl_multi_timeout(multi_, &milliseconds);
+  // Once the loop pumps, the caller has shown it drives its own transfers.
+  // The grace's timer is taken back too: left to fire, it would wake this
+  // thread during some later call and let it race the loop for that answer.
+  if (hostGraceEnds_ && hostDepth_.load() > 0) {
+    hostGraceEnds_.reset();
+    poller_.resetTimeout(milliseconds);
+    return;
+  }
   if (hostGraceEnds_) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(*hostGraceEnds_ - Clock::now());
     const long grace = std::max<long>(0, static_cast<long>(left.count()));
