@@ -8,15 +8,8 @@
 namespace quorvel {
 namespace {
 
-// ASCII only, as header names and URL schemes are: no locale lookup for
-// every character of every header comparison.
-constexpr char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
-  return text.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), text.begin(),
-                                                    [](char p, char t) { return p == lower(t); });
+  return text.size() >= prefix.size() && equalsIgnoringCase(text.substr(0, prefix.size()), prefix);
 }
 
 // "http" or "https", "://", a host (a name, an address or a bracketed IPv6
@@ -64,16 +57,6 @@ bool isAbsoluteHttpUrl(std::string_view url) {
 
 bool HTTPURLResponse::acceptsURL(std::string_view url) {
   return isAbsoluteHttpUrl(url);
-}
-
-bool CaseInsensitiveLess::operator()(std::string_view a, std::string_view b) const {
-  return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
-                                      [](char x, char y) { return lower(x) < lower(y); });
-}
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                            [](char x, char y) { return lower(x) == lower(y); });
 }
 
 std::optional<HTTPURLResponse> HTTPURLResponse::make(std::string url, long statusCode,
