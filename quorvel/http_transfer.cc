@@ -122,6 +122,9 @@ std::optional<platform::Error> unsafeHeader(
   return std::nullopt;
 }
 
+// Room for the fields of most answers, so that the list is allocated once.
+constexpr std::size_t kUsualHeaderFields = 8;
+
 }  // namespace
 
 HttpTransfer::HttpTransfer(CURL* easy, TransportRequest request, Completion completion,
@@ -147,9 +150,7 @@ bool HttpTransfer::sendsBody() const {
          (request_.transfer && request_.transfer->uploadFile);
 }
 
-HttpTransfer::~HttpTransfer() {
-  curl_slist_free_all(headerList_);
-}
+HttpTransfer::~HttpTransfer() = default;
 
 HttpTransfer* HttpTransfer::of(CURL* easy) {
   char* transfer = nullptr;
@@ -209,16 +210,30 @@ std::optional<platform::Error> HttpTransfer::prepare() {
   if (auto error = prepareBody()) return error;
   prepareLimits();
 
-  // One buffer for every line: libcurl copies each.
-  std::string line;
-  for (const auto& [name, value] : request_.headers) {
-    line.assign(name).append(": ").append(value);
-    headerList_ = curl_slist_append(headerList_, line.c_str());
-  }
-  // No "Expect: 100-continue" round trip before small JSON bodies.
-  headerList_ = curl_slist_append(headerList_, "Expect:");
-  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headerList_);
+  prepareHeaderList();
+  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headerList_.data());
   return std::nullopt;
+}
+
+void HttpTransfer::prepareHeaderList() {
+  // No "Expect: 100-continue" round trip before small JSON bodies.
+  static constexpr std::string_view kNoExpect = "Expect:";
+  std::size_t bytes = kNoExpect.size() + 1;
+  for (const auto& [name, value] : request_.headers) bytes += name.size() + value.size() + 3;
+  headerLines_.reserve(bytes);
+  for (const auto& [name, value] : request_.headers) {
+    headerLines_.append(name).append(": ").append(value).push_back('\0');
+  }
+  headerLines_.append(kNoExpect).push_back('\0');
+  // libcurl only reads the list (it is not given to curl_slist_free_all), so
+  // the nodes may live in a vector and point into the lines.
+  headerList_.resize(request_.headers.size() + 1);
+  char* line = headerLines_.data();
+  for (std::size_t i = 0; i < headerList_.size(); ++i) {
+    headerList_[i].data = line;
+    headerList_[i].next = i + 1 < headerList_.size() ? &headerList_[i + 1] : nullptr;
+    line += std::char_traits<char>::length(line) + 1;
+  }
 }
 
 std::optional<platform::Error> HttpTransfer::prepareBody() {
@@ -371,6 +386,7 @@ std::size_t HttpTransfer::onHeader(char* data, std::size_t size, std::size_t cou
   if (const auto it = headers.find(name); it != headers.end()) {
     it->second.append(", ").append(value);
   } else {
+    if (headers.empty()) headers.reserve(kUsualHeaderFields);
     headers.emplace(std::string(name), std::string(value));
   }
   return bytes;

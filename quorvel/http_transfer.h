@@ -5,6 +5,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <curl/curl.h>
 
@@ -63,6 +65,7 @@ class HttpTransfer {
                         curl_off_t uploadTotal, curl_off_t uploaded);
   // The body, the timeouts and the progress of a transfer with options.
   std::optional<platform::Error> prepareBody();
+  void prepareHeaderList();
   void prepareLimits();
   bool sendsBody() const;
   // A 2xx answer of a download to a file goes to the file.
@@ -79,7 +82,10 @@ class HttpTransfer {
   std::size_t received_ = 0;
   std::unique_ptr<TransferFiles> files_;
   bool writeFailed_ = false;
-  curl_slist* headerList_ = nullptr;
+  // The request's header lines, NUL after each, and the list libcurl reads
+  // them through: built in two allocations rather than two a line.
+  std::string headerLines_;
+  std::vector<curl_slist> headerList_;
   TransportResponse response_;
   bool tooLarge_ = false;
   bool forHost_ = false;

@@ -141,10 +141,15 @@ void ProviderService::perform(Callback callback) const {
   job.url = urlComponent_;
   job.method = httpMethod_;
   job.requiresAuth = requiresAuth_;
+  // Only the token exchange needs the client headers alone: without it they
+  // move on into the request's own.
   auto clientHeaders = clientIdentificationHeaders();
-  job.headers = withOwnHeaders(clientHeaders);
-  // Only the token exchange needs the client headers alone.
-  if (requiresAuth_) job.clientHeaders = std::move(clientHeaders);
+  if (requiresAuth_) {
+    job.headers = withOwnHeaders(clientHeaders);
+    job.clientHeaders = std::move(clientHeaders);
+  } else {
+    job.headers = withOwnHeaders(std::move(clientHeaders));
+  }
   job.body = body_;
   job.cachingDelegate = cachingDelegate_;
   job.transfer = transfer_;
