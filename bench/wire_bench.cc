@@ -64,6 +64,9 @@ struct Options {
   bool requestsOnly = false;  // B6-B8 alone, e.g. under a profiler
   bool diagnose = false;
   bool quartiles = false;  // B2's spread, by position in the pair
+  // "raw" or "provider": only that call, `rounds` times, for a profiler;
+  // two runs of different lengths give the cost of one call by difference.
+  std::string only;
 };
 
 class Library {
@@ -272,12 +275,15 @@ bool parseArgs(int argc, char** argv, Options& o) {
       o.diagnose = true;
     } else if (arg == "--quartiles") {
       o.quartiles = true;
+    } else if (arg == "--only") {
+      o.only = next();
+      if (o.only != "raw" && o.only != "provider") return false;
     } else {
       std::cerr
           << "usage: velmaro_wire_bench [--emulator PATH] [--b1 FILE] [--m1 FILE] [--out FILE]\n"
              "                          [--rounds N] [--request-rounds N] [--requests-only] "
              "[--quick]\n"
-             "                          [--diagnose] [--quartiles]\n";
+             "                          [--diagnose] [--quartiles] [--only raw|provider]\n";
       return false;
     }
   }
@@ -311,6 +317,16 @@ int main(int argc, char** argv) {
       ok = raw.get(url) && ok;
       library.clearCache();
       ok = library.categories(1) && ok;
+    }
+
+    if (!o.only.empty()) {
+      // The cache is emptied before either call, so that the difference of
+      // two profiles is the calls' alone.
+      for (int i = 0; i < o.rounds; ++i) {
+        library.clearCache();
+        ok = (o.only == "raw" ? raw.get(url) : library.categories(1)) && ok;
+      }
+      return ok ? 0 : 1;
     }
 
     if (o.diagnose) {
